@@ -1,0 +1,46 @@
+# Flags that every target of the project is built with, and how a wing is declared.
+
+include(CheckCXXCompilerFlag)
+
+add_library(sealwright_flags INTERFACE)
+target_include_directories(sealwright_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(
+  sealwright_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                             $<$<BOOL:${SEALWRIGHT_WERROR}>:-Werror>)
+
+# Hardening. Sections are kept apart so that an executable links only what it uses.
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported()
+target_compile_options(sealwright_flags INTERFACE -fstack-protector-strong -ffunction-sections
+                                                  -fdata-sections)
+target_link_options(sealwright_flags INTERFACE -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now
+                    -Wl,-z,noexecstack)
+check_cxx_compiler_flag(-fcf-protection=full SEALWRIGHT_HAS_CF_PROTECTION)
+if(SEALWRIGHT_HAS_CF_PROTECTION)
+  target_compile_options(sealwright_flags INTERFACE -fcf-protection=full)
+endif()
+check_cxx_compiler_flag(-fstack-clash-protection SEALWRIGHT_HAS_STACK_CLASH)
+if(SEALWRIGHT_HAS_STACK_CLASH)
+  target_compile_options(sealwright_flags INTERFACE -fstack-clash-protection)
+endif()
+
+if(SEALWRIGHT_SANITIZE OR SEALWRIGHT_FUZZ)
+  target_compile_options(sealwright_flags INTERFACE -fsanitize=address,undefined
+                         -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(sealwright_flags INTERFACE -fsanitize=address,undefined)
+else()
+  # The sanitizers bring checks of their own; fortification would hide findings from them.
+  target_compile_definitions(sealwright_flags
+                             INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
+endif()
+
+# sealwright_wing(<name> SOURCES <files> LINKS <wings>): a static library of one folder.
+function(sealwright_wing name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(sealwright_${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(sealwright_${name} PUBLIC sealwright_flags)
+  foreach(wing IN LISTS ARG_LINKS)
+    target_link_libraries(sealwright_${name} PUBLIC sealwright_${wing})
+  endforeach()
+endfunction()
