@@ -1,0 +1,153 @@
+#include "crypto/aes_cbc.h"
+
+#include <algorithm>
+
+#include "crypto/aes_blocks.h"
+
+namespace {
+
+bool is_too_small(std::uint32_t room, std::uint32_t wanted) {
+  return room != 0 && room < wanted;
+}
+
+void start_message(AesCbcContext& context) {
+  std::copy_n(context.iv, aes_block_length, context.chain);
+  context.buffered = 0;
+}
+
+}  // namespace
+
+Status ZEB_AES_SetInfo(AesCbcContext* context, std::uint32_t keyUse, const std::uint8_t* key,
+                       std::uint32_t keyLen, const std::uint8_t* iv, std::uint32_t ivLen,
+                       std::uint32_t padding, std::uint32_t reserved) {
+  if (context == nullptr) return ZEB_ERR_NULL_POINTER;
+  if ((keyUse & AES_USE_KEEP) == 0) *context = {};
+  if (key != nullptr && keyLen != 0 && (keyUse & (AES_USE_ENCRYPT | AES_USE_BOTH)) != 0) {
+    const bool both = (keyUse & AES_USE_BOTH) != 0;
+    const Status status =
+        _AES_KeySchedule(key, keyLen, &context->encryption, both ? &context->decryption : nullptr);
+    if (status != ZEB_SUCCESS) return status;
+    context->flags |= both ? AES_FLAG_ENC_KEY | AES_FLAG_DEC_KEY : AES_FLAG_ENC_KEY;
+  }
+  if (iv != nullptr && ivLen != 0) {
+    if (ivLen != aes_block_length) return ZEB_ERR_IV_LENGTH;
+    std::copy_n(iv, aes_block_length, context->iv);
+    context->flags |= AES_FLAG_IV;
+  }
+  if (padding != 0) context->padding = padding;
+  if (reserved != 0) context->reserved = reserved;
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_EncInit(AesCbcContext* context) {
+  if (context == nullptr) return ZEB_ERR_NULL_POINTER;
+  if ((context->flags & AES_FLAG_ENC_KEY) == 0) return ZEB_ERR_NO_ENC_KEY;
+  if ((context->flags & AES_FLAG_IV) == 0) return ZEB_ERR_NO_IV;
+  start_message(*context);
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_EncUpdate(AesCbcContext* context, const std::uint8_t* in, std::uint32_t inLen,
+                             std::uint8_t* out, std::uint32_t* outLen) {
+  if (context == nullptr || in == nullptr || out == nullptr) return ZEB_ERR_NULL_POINTER;
+  if (in == out) return ZEB_ERR_BUFFER_ARRANGEMENT;
+  if (outLen == nullptr) return ZEB_ERR_NULL_POINTER;
+  const std::uint32_t held = context->buffered;
+  const std::uint64_t total = std::uint64_t{held} + inLen;
+  if (held >= aes_block_length || total > UINT32_MAX) return ZEB_ERR_STATE;
+  if (total < aes_block_length) {
+    std::copy_n(in, inLen, context->buffer + held);
+    context->buffered = static_cast<std::uint32_t>(total);
+    *outLen = 0;
+    return ZEB_SUCCESS;
+  }
+  const auto tail = static_cast<std::uint32_t>(total % aes_block_length);
+  const auto written = static_cast<std::uint32_t>(total - tail);
+  if (is_too_small(*outLen, written)) return ZEB_ERR_NO_ROOM;
+
+  const std::uint8_t* rest = in;
+  if (held != 0) {
+    rest += aes_block_length - held;
+    std::copy(in, rest, context->buffer + held);
+    aes_cbc_encrypt_blocks(context->encryption, context->chain, context->buffer, out, 1);
+    out += aes_block_length;
+  }
+  const std::uint32_t blocks = written / aes_block_length - (held != 0 ? 1 : 0);
+  aes_cbc_encrypt_blocks(context->encryption, context->chain, rest, out, blocks);
+  std::copy_n(in + (inLen - tail), tail, context->buffer);
+  context->buffered = tail;
+  *outLen = written;
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_EncFinal(AesCbcContext* context, std::uint8_t* out, std::uint32_t* outLen) {
+  if (context == nullptr || out == nullptr || outLen == nullptr) return ZEB_ERR_NULL_POINTER;
+  const std::uint32_t pad =
+      zeb_SetPadding(context->buffer, context->buffered, aes_block_length, context->padding);
+  if (pad > aes_block_length) return pad;
+  if (context->buffered + pad == 0) return ZEB_SUCCESS;
+  if (context->buffered + pad != aes_block_length) return ZEB_ERR_STATE;
+  if (is_too_small(*outLen, aes_block_length)) return ZEB_ERR_NO_ROOM;
+  aes_cbc_encrypt_blocks(context->encryption, context->chain, context->buffer, out, 1);
+  *outLen = aes_block_length;
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_DecInit(AesCbcContext* context) {
+  if (context == nullptr) return ZEB_ERR_NULL_POINTER;
+  if ((context->flags & AES_FLAG_DEC_KEY) == 0) return ZEB_ERR_NO_DEC_KEY;
+  if ((context->flags & AES_FLAG_IV) == 0) return ZEB_ERR_NO_IV;
+  start_message(*context);
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_DecUpdate(AesCbcContext* context, std::uint8_t* inOut, std::uint32_t len,
+                             std::uint8_t* sameBuffer, std::uint32_t* outLen) {
+  if (context == nullptr || inOut == nullptr || sameBuffer == nullptr) return ZEB_ERR_NULL_POINTER;
+  if (inOut != sameBuffer) return ZEB_ERR_BUFFER_ARRANGEMENT;
+  if (outLen == nullptr) return ZEB_ERR_NULL_POINTER;
+  if (context->buffered != 0) return ZEB_ERR_STATE;
+  const std::uint32_t tail = len == 0 ? 0 : (len - 1) % aes_block_length + 1;
+  const std::uint32_t written = len - tail;
+  if (is_too_small(*outLen, written)) return ZEB_ERR_NO_ROOM;
+  aes_cbc_decrypt_blocks(context->decryption, context->chain, inOut, written / aes_block_length);
+  std::copy_n(inOut + written, tail, context->buffer);
+  context->buffered = tail;
+  *outLen = written;
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint32_t* outLen) {
+  if (context == nullptr || out == nullptr || outLen == nullptr) return ZEB_ERR_NULL_POINTER;
+  if (context->buffered == 0) return ZEB_SUCCESS;
+  if (context->buffered != aes_block_length) return ZEB_ERR_HELD_COUNT;
+  aes_cbc_decrypt_blocks(context->decryption, context->chain, context->buffer, 1);
+  const std::uint32_t pad = zeb_CheckPadding(context->buffer, aes_block_length, context->padding);
+  if (pad > aes_block_length) return pad;
+  const std::uint32_t room = *outLen;
+  *outLen = aes_block_length - pad;
+  if (is_too_small(room, *outLen)) return ZEB_ERR_NO_ROOM;
+  std::copy_n(context->buffer, *outLen, out);
+  return ZEB_SUCCESS;
+}
+
+std::uint32_t zeb_SetPadding(std::uint8_t* block, std::uint32_t used, std::uint32_t blockSize,
+                             std::uint32_t rule) {
+  if (rule == AES_PADDING_NONE) return used == 0 ? 0 : ZEB_ERR_NOT_WHOLE_BLOCKS;
+  if (rule != AES_PADDING_COUNT) return ZEB_ERR_PARAMETER;
+  if (used > blockSize) return ZEB_ERR_STATE;
+  const std::uint32_t count = blockSize - used;
+  std::fill_n(block + used, count, static_cast<std::uint8_t>(count));
+  return count;
+}
+
+std::uint32_t zeb_CheckPadding(const std::uint8_t* block, std::uint32_t blockSize,
+                               std::uint32_t rule) {
+  if (rule == AES_PADDING_NONE) return 0;
+  if (rule != AES_PADDING_COUNT) return ZEB_ERR_PARAMETER;
+  const std::uint8_t count = block[blockSize - 1];
+  if (count > blockSize) return ZEB_ERR_BAD_PADDING;
+  const bool uniform = std::all_of(block + (blockSize - count), block + blockSize,
+                                   [count](std::uint8_t byte) { return byte == count; });
+  return uniform ? count : ZEB_ERR_BAD_PADDING;
+}

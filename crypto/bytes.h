@@ -1,0 +1,30 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+static_assert(std::endian::native == std::endian::little,
+              "digits and stored words are used as they lie in memory");
+
+/// Reads four bytes at any alignment as a little-endian word.
+inline std::uint32_t load_le32(const std::uint8_t* bytes) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+/// Writes a word as four little-endian bytes at any alignment.
+inline void store_le32(std::uint8_t* bytes, std::uint32_t word) {
+  std::memcpy(bytes, &word, sizeof word);
+}
+
+/// Reads four bytes at any alignment as a big-endian word.
+inline std::uint32_t load_be32(const std::uint8_t* bytes) {
+  return __builtin_bswap32(load_le32(bytes));
+}
+
+/// Writes a word as four big-endian bytes at any alignment.
+inline void store_be32(std::uint8_t* bytes, std::uint32_t word) {
+  store_le32(bytes, __builtin_bswap32(word));
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/bn.h"
+#include "crypto/rsa_key.h"
+
+// The serialised private key: packed items of (u32 byte length, that many bytes of digits), all
+// little-endian. Only whole digits of an item count.
+
+/// Which items a list starts with.
+enum class KeyItemLayout {
+  crt,    // n, e, d, p, q, dP, dQ, qInv
+  plain,  // n, d; whatever follows is not looked at
+};
+
+/// Cursor over length-prefixed items that knows what is left and can say no.
+struct KeyItemCursor {
+  const std::uint8_t* next;
+  std::uint32_t left;  // bytes
+};
+
+/// Reads the next item into `digits` of room for `capacity` digits and stores its digit count.
+/// @return false, with nothing written, when the item passes the capacity or the end of the list.
+bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
+                   std::uint32_t& digit_count);
+
+/// Appends an item of `digit_count` digits to the list of `*list_length` bytes at `list`.
+void append_key_item(std::uint8_t* list, std::uint32_t& list_length, const Digit* digits,
+                     std::uint32_t digit_count);
+
+/// Reads a whole list of `length` bytes into a zeroed `key` and checks that the private operation
+/// can work on it: modulus of at most 64 digits and, in the CRT layout, primes of half its digits,
+/// each with its top bit set.
+/// @return false when the list is not such a key.
+bool read_private_key(const std::uint8_t* list, std::uint32_t length, KeyItemLayout layout,
+                      ZEB_RSA_PRIVATE_KEY& key);

@@ -1,0 +1,214 @@
+#include "crypto/prime.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "crypto/bn_mod.h"
+#include "crypto/prng.h"
+
+namespace {
+
+// Products of runs of consecutive primes from 2 to 541 cut to their low 32 bits. Most overflow and
+// so are no products of small primes at all; the values are used exactly as they are, on purpose.
+// clang-format off
+constexpr Digit SmallPrimes[] = {
+    0xC8E15F2A, 0x16FA4227, 0x87B81DA9, 0xDA38C071, 0xFDB17C23, 0xFE5E796B, 0xC7E4CBF5,
+    0x7EB0F0B1, 0xB72EFC93, 0xF46CEE57, 0x80B2C2BB, 0x34A77199, 0x447D1BD5, 0xEA4C7C31,
+    0xF046D45B, 0xFF55A7BF, 0x9B287041, 0x85663BEF, 0x7856625B, 0,
+};
+
+struct RoundBound {
+  std::uint32_t bits;    // up to this length
+  std::uint32_t rounds;  // so many rounds
+};
+constexpr RoundBound IterNo[] = {
+    {100, 35}, {150, 25}, {200, 21}, {250, 17}, {300, 13}, {500, 9},
+    {600, 8}, {800, 6}, {1250, 5}, {2048, 3}, {9999, 3},
+};
+// clang-format on
+
+constexpr Digit gen_prime_top_mask = 0x10000000;       // bit 28, on purpose
+constexpr std::uint32_t min_modulus_bits = 128;        // below it a prime has no digit left to vary
+constexpr std::uint32_t prime_share = 2 * digit_bits;  // modulus bits per digit of one prime
+
+bool shares_factor_with_small_primes(const Digit* number, std::uint32_t digit_count) {
+  for (const Digit* entry = SmallPrimes; *entry != 0; ++entry) {
+    if (D_Gcd(*entry, bn_ModD(number, digit_count, *entry)) != 1) return true;
+  }
+  return false;
+}
+
+std::uint32_t round_count(std::uint32_t bits) {
+  for (const RoundBound& bound : IterNo) {
+    if (bits <= bound.bits) return bound.rounds;
+  }
+  return std::end(IterNo)[-1].rounds;
+}
+
+/// n - 1 = odd * 2^twos.
+struct Decomposition {
+  Digit minus_one[bn_max_modulus_digits];
+  Digit odd[bn_max_modulus_digits];
+  std::uint32_t twos;
+};
+
+Decomposition decompose(const Digit* n, std::uint32_t k) {
+  Decomposition parts = {};
+  zeb_bn_copy(parts.minus_one, n, k);
+  parts.minus_one[0] -= 1;  // n is odd
+  zeb_bn_copy(parts.odd, parts.minus_one, k);
+  while ((parts.odd[0] & 1) == 0) {
+    for (std::uint32_t i = 0; i < k; ++i) {
+      const Digit above = i + 1 < k ? parts.odd[i + 1] : 0;
+      parts.odd[i] = (parts.odd[i] >> 1) | (above << 31);
+    }
+    ++parts.twos;
+  }
+  return parts;
+}
+
+/// One Miller-Rabin base drawn at random. True when n may be prime.
+bool base_passes(const Digit* n, std::uint32_t k, const Decomposition& parts) {
+  constexpr Digit one = 1;
+  Digit base[bn_max_modulus_digits];
+  Digit y[bn_max_modulus_digits];
+  zeb_bn_rand(base, k);
+  base[k - 1] &= ~digit_top_bit;
+  zeb_bn_Binary(y, base, n, k, parts.odd, k);
+  if (zeb_bn_cmp(y, k, &one, 1) == 0 || zeb_bn_cmp(y, k, parts.minus_one, k) == 0) return true;
+  // One squaring more than the textbook's, on purpose; it never rejects a prime.
+  for (std::uint32_t i = 0; i < parts.twos; ++i) {
+    zeb_bn_ModMul(y, y, y, n, k);
+    if (zeb_bn_cmp(y, k, &one, 1) == 0) return false;
+    if (zeb_bn_cmp(y, k, parts.minus_one, k) == 0) return true;
+  }
+  return false;
+}
+
+Digit draw_top_digit(Digit* prime, std::uint32_t half) {
+  zeb_bn_rand(prime + half - 1, 1);
+  return prime[half - 1] |= digit_top_bit;
+}
+
+/// Top digits for p and q whose product has its top bit set, so that p * q is full-length.
+void draw_top_digits(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t half) {
+  Digit p_top = draw_top_digit(key.p, half);
+  Digit q_top = draw_top_digit(key.q, half);
+  for (;;) {
+    DoubleDigit product = 0;
+    D_Mul_D(&product, p_top, q_top);
+    if ((product >> 63) != 0) break;
+    if (p_top < q_top) {
+      p_top = draw_top_digit(key.p, half);
+    } else {
+      q_top = draw_top_digit(key.q, half);
+    }
+  }
+  if (p_top < q_top) std::swap(key.p[half - 1], key.q[half - 1]);
+}
+
+/// Draws the digits below the top one until the number is prime and, for a one-digit exponent,
+/// does not leave 1 modulo it.
+void find_prime(Digit* prime, std::uint32_t half, const ZEB_RSA_PRIVATE_KEY& key) {
+  for (;;) {
+    zeb_bn_rand(prime, half - 1);
+    prime[0] |= 1;
+    if (key.eWords == 1) {
+      Digit remainder = 0;
+      zeb_bn_Div(nullptr, &remainder, prime, half, key.e, 1);
+      if (remainder == 1) continue;
+    }
+    if (ZEB_MillerRabin(prime, half) == ZEB_SUCCESS) return;
+  }
+}
+
+void settle_exponent(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits) {
+  if (key.eWords != 0) {
+    for (std::uint32_t i = key.eWords; i < digits; ++i) key.e[i] = 0;
+    return;
+  }
+  zeb_bn_rand(key.e, digits);
+  key.e[digits - 1] &= ~digit_top_bit;
+  key.eWords = digits;
+}
+
+/// result = d mod (prime - 1).
+void reduce_private_exponent(Digit* result, const ZEB_RSA_PRIVATE_KEY& key, Digit* prime,
+                             std::uint32_t digits, std::uint32_t half) {
+  Digit exponent[rsa_number_capacity];
+  zeb_bn_copy(exponent, key.d, digits);
+  prime[0] &= ~Digit{1};
+  bn_reduce_exactly(exponent, digits, prime, half);
+  prime[0] |= 1;
+  zeb_bn_copy(result, exponent, half);
+}
+
+}  // namespace
+
+void zeb_bn_rand(Digit* number, std::uint32_t digit_count) {
+  ZEB_SHA1_PRNG_Rand(digit_bytes * digit_count, reinterpret_cast<std::uint8_t*>(number));
+}
+
+Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count) {
+  if (digit_count == 0 || digit_count > bn_max_modulus_digits) return ZEB_ERR_FAIL;
+  if ((number[0] & 1) == 0) return ZEB_ERR_FAIL;
+  const bool is_one = number[0] == 1 && bn_significant_digits(number, digit_count) == 1;
+  if (is_one || shares_factor_with_small_primes(number, digit_count)) return ZEB_ERR_FAIL;
+
+  const Decomposition parts = decompose(number, digit_count);
+  const std::uint32_t rounds = round_count(digit_bits * digit_count);
+  // One base more than the rounds say, on purpose.
+  for (std::uint32_t round = 0; round <= rounds; ++round) {
+    if (!base_passes(number, digit_count, parts)) return ZEB_ERR_FAIL;
+  }
+  return ZEB_SUCCESS;
+}
+
+Status ZEB_Gen_Prime(Digit* number, std::uint32_t digit_count) {
+  const std::uint32_t attempts = 4 * (40 * digit_count / 3);
+  for (std::uint32_t attempt = 0; attempt < attempts; ++attempt) {
+    zeb_bn_rand(number, digit_count);
+    number[digit_count - 1] |= gen_prime_top_mask;
+    number[0] |= 1;
+    if (ZEB_MillerRabin(number, digit_count) == ZEB_SUCCESS) return ZEB_SUCCESS;
+  }
+  return ZEB_ERR_FAIL;
+}
+
+Status ZEB_RSA_KeyGen(ZEB_RSA_PRIVATE_KEY* key, std::uint32_t modulus_bits) {
+  if (modulus_bits % digit_bits != 0 || modulus_bits < min_modulus_bits ||
+      modulus_bits > digit_bits * rsa_max_modulus_digits) {
+    return ZEB_ERR_PARAMETER;
+  }
+  const std::uint32_t digits = modulus_bits / digit_bits;
+  const std::uint32_t half = modulus_bits / prime_share;
+  do {
+    draw_top_digits(*key, half);
+    find_prime(key->p, half, *key);
+    find_prime(key->q, half, *key);
+    // Equal top digits leave the order of p and q open; p is the larger one by contract.
+    if (zeb_bn_cmp(key->p, half, key->q, half) < 0) std::swap_ranges(key->p, key->p + half, key->q);
+    key->pWords = half;
+    key->qWords = half;
+    settle_exponent(*key, digits);
+
+    key->p[0] &= ~Digit{1};
+    key->q[0] &= ~Digit{1};
+    zeb_bn_Mul(key->n, key->p, half, key->q, half);  // phi, for now
+    key->p[0] |= 1;
+    key->q[0] |= 1;
+    // The status is dropped on purpose: with a preset prime exponent the inverse always exists.
+    zeb_bn_Euclid(key->d, key->e, key->n, digits);
+
+    reduce_private_exponent(key->dP, *key, key->p, digits, half);
+    reduce_private_exponent(key->dQ, *key, key->q, digits, half);
+    key->dPWords = half;
+    key->dQWords = half;
+    key->qInvWords = half;
+  } while (zeb_bn_Euclid(key->qInv, key->q, key->p, half) != ZEB_SUCCESS);
+  zeb_bn_Mul(key->n, key->p, half, key->q, half);
+  key->nWords = digits;
+  key->dWords = digits;
+  return ZEB_SUCCESS;
+}

@@ -1,0 +1,167 @@
+#include "crypto/prng.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "crypto/bytes.h"
+#include "crypto/mem.h"
+#include "crypto/prng_state.h"
+#include "crypto/sha1.h"
+
+std::uint8_t sabSecretState[prng_block_length] = {};
+std::uint8_t sabRandPool[prng_block_length] = {};
+std::uint32_t uIndexRandPool = prng_block_length;
+std::uint32_t suCount = prng_blocks_per_seed;
+std::uint32_t xx = 0;
+
+namespace {
+
+constexpr std::uint32_t noise_buffer_length = 256;  // bytes
+constexpr std::uint32_t word_length = 4;            // bytes
+
+// The ring of 32-bit words that noise is stirred into.
+std::uint8_t* pInit = nullptr;
+std::uint8_t* pEnd = nullptr;
+std::uint8_t* pCur = nullptr;
+
+void stir(std::uint32_t word) {
+  store_le32(pCur, load_le32(pCur) ^ word);
+  pCur += word_length;
+  if (pCur == pEnd) pCur = pInit;
+}
+
+void stir_bytes(const std::uint8_t* bytes, std::uint32_t length) {
+  for (std::uint32_t i = 0; i < length; i += word_length) stir(load_le32(bytes + i));
+}
+
+void stir_noise_file() {
+  const int file = open("noise.dat", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return;
+  std::uint8_t buffer[noise_buffer_length] = {};
+  lseek(file, 0, SEEK_SET);
+  const off_t size = lseek(file, 0, SEEK_END);
+  // The size probe leaves the offset at the end and the reads start there, on purpose: the file's
+  // contents never reach the state.
+  if (size >= static_cast<off_t>(noise_buffer_length)) {
+    [[maybe_unused]] const ssize_t ignored = read(file, buffer, noise_buffer_length);
+    stir_bytes(buffer, noise_buffer_length);
+  } else if (size > 0) {  // an unseekable thing reports -1 and contributes nothing
+    const ssize_t got = read(file, buffer, static_cast<std::size_t>(size));
+    if (got > 0) stir_bytes(buffer, static_cast<std::uint32_t>(got));
+  }
+  close(file);
+}
+
+void stir_random_device() {
+  const int file = open("/dev/random", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return;
+  std::uint8_t buffer[noise_buffer_length] = {};
+  [[maybe_unused]] const ssize_t ignored = read(file, buffer, noise_buffer_length);
+  stir_bytes(buffer, noise_buffer_length);
+  tmkx_memset(buffer, 0, noise_buffer_length);
+  close(file);
+}
+
+void stir_clock_and_usage() {
+  timeval now = {};
+  gettimeofday(&now, nullptr);
+  stir(static_cast<std::uint32_t>(now.tv_sec));
+  stir(static_cast<std::uint32_t>(now.tv_usec));
+
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  static_assert(sizeof usage % word_length == 0);
+  stir_bytes(reinterpret_cast<const std::uint8_t*>(&usage), sizeof usage);
+}
+
+void stir_library_random() {
+  srand(xx);
+  ++xx;
+  std::uint8_t buffer[noise_buffer_length];
+  for (std::uint8_t& byte : buffer) {
+    byte = static_cast<std::uint8_t>(rand());
+    // Two of three results are discarded, on purpose.
+    rand();
+    rand();
+  }
+  stir_bytes(buffer, noise_buffer_length);
+  tmkx_memset(buffer, 0, noise_buffer_length);
+}
+
+/// SHA-1 over the whole secret state, followed by the whole pool where `with_pool` is set.
+void hash_state(std::uint8_t* digest, bool with_pool) {
+  ZEB_SHA1 hash;
+  ZEB_SHA1_Init(&hash);
+  ZEB_SHA1_Update(&hash, sabSecretState, prng_block_length);
+  if (with_pool) ZEB_SHA1_Update(&hash, sabRandPool, prng_block_length);
+  // Through a local digest: the destination may be part of what is hashed.
+  std::uint8_t result[sha1_digest_length];
+  ZEB_SHA1_Final(&hash, result);
+  std::copy_n(result, sha1_digest_length, digest);
+}
+
+void seed_secret_state() {
+  zeb_GetNoise(sabSecretState, prng_block_length);
+  hash_state(sabSecretState, false);
+  hash_state(sabSecretState + sha1_digest_length, false);
+  suCount = 0;
+}
+
+void make_block() {
+  hash_state(sabRandPool, true);
+  hash_state(sabRandPool + sha1_digest_length, true);
+  // The halves of the secret are refreshed in turn.
+  hash_state(suCount % 2 == 0 ? sabSecretState : sabSecretState + sha1_digest_length, true);
+  ++suCount;
+}
+
+}  // namespace
+
+Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination) {
+  if (destination == nullptr) return ZEB_ERR_NULL_POINTER;
+  // One test per call, on purpose: a long request runs past 32 blocks, the next call re-seeds.
+  if (suCount >= prng_blocks_per_seed) seed_secret_state();
+
+  if (uIndexRandPool < prng_block_length) {
+    const std::uint32_t count = std::min(length, prng_block_length - uIndexRandPool);
+    std::copy_n(sabRandPool + uIndexRandPool, count, destination);
+    uIndexRandPool += count;
+    destination += count;
+    length -= count;
+    if (length == 0) return ZEB_SUCCESS;
+  }
+  for (;;) {
+    make_block();
+    const std::uint32_t count = std::min(length, prng_block_length);
+    std::copy_n(sabRandPool, count, destination);
+    destination += count;
+    length -= count;
+    if (length == 0) {
+      uIndexRandPool = count;
+      return ZEB_SUCCESS;
+    }
+  }
+}
+
+Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length) {
+  if (seed_length > 0 && seed == nullptr) return ZEB_ERR_NULL_POINTER;
+  for (std::uint32_t i = 0; i < seed_length; ++i) sabSecretState[i % prng_block_length] ^= seed[i];
+  seed_secret_state();
+  return ZEB_SUCCESS;
+}
+
+void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
+  if (length < word_length) return;  // no ring to stir into
+  pInit = buffer;
+  pCur = buffer;
+  pEnd = buffer + length;
+  stir_noise_file();
+  stir_random_device();
+  stir_clock_and_usage();
+  stir_library_random();
+}
