@@ -1,0 +1,126 @@
+#include "sb20/code_encryption.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "crypto/aes_cbc.h"
+#include "crypto/mem.h"
+#include "crypto/sha1.h"
+#include "sb20/efuse_file.h"
+#include "sb20/key_buffers.h"
+#include "sb20/key_files.h"
+#include "sb20/status.h"
+#include "util/file.h"
+
+namespace {
+
+constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and of an IV
+constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARAMETER,
+                                           CIPHER_ERR_PARAMETER};
+
+using Scratch = std::unique_ptr<std::uint8_t[]>;
+
+/// Unfilled scratch area, null when memory is short; never of size 0, so its pointer is good.
+Scratch make_scratch(std::uint32_t length) {
+  return Scratch(new (std::nothrow) std::uint8_t[std::size_t{length} + 1]);
+}
+
+Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
+                     const SB20_CONTEXT* context) {
+  std::uint8_t key[parameter_length];
+  std::uint8_t iv[parameter_length];
+  const std::uint32_t length = parameter_length;
+  const Status status = Make_AES_Param(eFuse, eFuseLen, context, key, &length, iv, &length);
+  if (status != ZEB_SUCCESS) return status;
+  const Status set = ZEB_AES_SetInfo(&cipher, AES_USE_DEFAULT, key, parameter_length, iv,
+                                     parameter_length, AES_PADDING_NONE, 0);
+  return set == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_SETUP;
+}
+
+Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
+  std::uint32_t opened = 0;
+  std::uint32_t last = 0;
+  if (ZEB_AES_CBC_DecInit(&cipher) != 0 ||
+      ZEB_AES_CBC_DecUpdate(&cipher, code, codeLen, code, &opened) != 0 ||
+      ZEB_AES_CBC_DecFinal(&cipher, code + opened, &last) != 0) {
+    return CIPHER_ERR_OPEN;
+  }
+  return ZEB_SUCCESS;
+}
+
+/// The files that the standalone helpers work with. `info_length` bytes of the public-key info file
+/// go into the context from the info on.
+void load_efuse_and_info(std::int32_t info_length) {
+  read_sb20_efuse_file();
+  sb20_Context = {};
+  read_record(
+      sb20_public_key_info_file,
+      reinterpret_cast<std::uint8_t*>(&sb20_Context) + offsetof(SB20_CONTEXT, publicKeyInfo),
+      info_length);
+}
+
+}  // namespace
+
+Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
+                      const SB20_CONTEXT* context, std::uint8_t* keyOut,
+                      const std::uint32_t* keyLen, std::uint8_t* ivOut,
+                      const std::uint32_t* ivLen) {
+  if (keyOut == nullptr || ivOut == nullptr || eFuseLen != sb20_efuse_length ||
+      *keyLen != parameter_length || *ivLen != parameter_length) {
+    return CIPHER_ERR_PARAMETER;
+  }
+  const Sb20PublicKeyInfo& info = context->publicKeyInfo;
+  std::fill_n(ivOut, parameter_length, std::uint8_t{0});
+  tmkx_memxor(keyOut, info.hmac, eFuse, parameter_length);
+  std::uint8_t digest[sha1_digest_length];
+  const Status status = sha1_message(reinterpret_cast<const std::uint8_t*>(&info.key),
+                                     sizeof info.key, digest, parameter_codes);
+  if (status != ZEB_SUCCESS) return status;
+  std::copy_n(digest, parameter_length, ivOut);
+  return ZEB_SUCCESS;
+}
+
+Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
+                    std::uint8_t* code, std::uint32_t codeLen) {
+  AesCbcContext cipher;
+  const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
+  if (status != ZEB_SUCCESS) return status;
+  const Scratch ciphertext = make_scratch(codeLen);
+  const Scratch opened = make_scratch(codeLen);
+  if (!ciphertext || !opened || ZEB_AES_CBC_EncInit(&cipher) != 0) return CIPHER_ERR_SETUP;
+
+  std::uint32_t written = codeLen;
+  std::uint32_t last = 0;
+  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.get(), &written) != 0 ||
+      ZEB_AES_CBC_EncFinal(&cipher, code + codeLen, &last) != 0) {
+    return CIPHER_ERR_RUN;
+  }
+  std::memcpy(opened.get(), ciphertext.get(), codeLen);
+  const Status opening = decrypt_in_place(cipher, opened.get(), codeLen);
+  if (opening != ZEB_SUCCESS) return opening;
+  if (std::memcmp(opened.get(), code, codeLen) != 0) return CIPHER_ERR_RUN;
+  std::memcpy(code, ciphertext.get(), codeLen);
+  return ZEB_SUCCESS;
+}
+
+Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
+                    std::uint8_t* code, std::uint32_t codeLen) {
+  AesCbcContext cipher;
+  const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
+  if (status != ZEB_SUCCESS) return status;
+  return decrypt_in_place(cipher, code, codeLen);
+}
+
+Status do_Encrypt(std::uint8_t* code, std::uint32_t codeLen) {
+  load_efuse_and_info(sizeof(Sb20PublicKeyInfo));
+  return Encrypt_Code(sb20_eFuseData, sb20_eFuseDataLen, &sb20_Context, code, codeLen);
+}
+
+Status do_Decrypt(std::uint8_t* code, std::uint32_t codeLen) {
+  // The whole file is taken here, on purpose, as far as the context has room behind the info; what
+  // comes after the info is not looked at.
+  load_efuse_and_info(sizeof(SB20_CONTEXT) - offsetof(SB20_CONTEXT, publicKeyInfo));
+  return Decrypt_Code(sb20_eFuseData, sb20_eFuseDataLen, &sb20_Context, code, codeLen);
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/status.h"
+
+// Seals a stage-1 image of version 2.1: checks the proof of possession of the stage-2 key, encrypts
+// the code in place, builds the boot context in `sb20_Context` and checks it as the device will.
+// The key files are read from the working directory. Prints one line: the proof's failure, or the
+// stage's success or failure; a key file that cannot be decrypted and a code length that is no
+// multiple of 16 fail in silence.
+
+/// Seals `codeLen` bytes; `code` has room for 1024 more.
+/// @return 0 or the status of the step that failed.
+Status sb20_Generate_Stage1(std::uint8_t* code, std::uint32_t codeLen);
+
+/// The same with 48 bytes of build information written behind the code and covered by the
+/// signature, but not encrypted: `totalLen` is the code's length + 48.
+Status sb20_Generate_Stage1_Polymorphic(std::uint8_t* code, std::uint32_t totalLen);
