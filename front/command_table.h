@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+/// Arguments of the process, program name first.
+using Arguments = const char* const*;
+/// Runs one command; the result becomes the exit status.
+using Action = std::int32_t (*)(Arguments arguments);
+
+/// One row of a driver's command table.
+struct Command {
+  int argument_count;  // the program name counts
+  int word_index;      // which argument is the command word
+  const char* word;    // matched exactly; null matches any
+  Action action;
+};
+
+/// Runs the action of the first row that matches, `otherwise` when none does.
+std::int32_t run_command(int argument_count, Arguments arguments, std::span<const Command> commands,
+                         Action otherwise);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+#include "front/command_table.h"
+
+// Actions of scheme 2.1 that the full and the stage-2-only driver share.
+
+/// Prints that a key is being made, then makes it. @return always 0, on purpose, even when it
+/// failed.
+std::int32_t generate_sb20_keys(std::int32_t mode, const char* base_name);
+
+std::int32_t generate_sb20_stage2_keys(Arguments arguments);
+std::int32_t sign_sb20_stage2(Arguments arguments);
+std::int32_t verify_sb20_stage2(Arguments arguments);
