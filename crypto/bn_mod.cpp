@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "crypto/bn_rows.h"
+#include "crypto/bn_words.h"
 
 namespace {
 
@@ -92,6 +93,7 @@ void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32
 
 void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::uint32_t mLen) {
   if (mLen == 0) return;
+  if (bn_words_take(m, mLen) && bn_words_mod_mul(r, a, b, m, mLen)) return;
   Digit product[bn_scratch_digits];
   if (a == b) {
     zeb_bn_Sqr(product, a, mLen);

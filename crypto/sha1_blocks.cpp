@@ -3,6 +3,7 @@
 #include <bit>
 
 #include "crypto/bytes.h"
+#include "crypto/cpu.h"
 
 namespace {
 
@@ -62,5 +63,9 @@ void sha1_compress_blocks_portable(std::uint32_t* state, const std::uint8_t* dat
 }
 
 void sha1_compress_blocks(std::uint32_t* state, const std::uint8_t* data, std::size_t blocks) {
-  sha1_compress_blocks_portable(state, data, blocks);
+  if (crypto_paths().sha1) {
+    sha1_compress_blocks_x86(state, data, blocks);
+  } else {
+    sha1_compress_blocks_portable(state, data, blocks);
+  }
 }

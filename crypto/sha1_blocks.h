@@ -10,3 +10,6 @@ void sha1_compress_blocks(std::uint32_t* state, const std::uint8_t* data, std::s
 /// The same in portable code.
 void sha1_compress_blocks_portable(std::uint32_t* state, const std::uint8_t* data,
                                    std::size_t blocks);
+
+/// The same by the x86 SHA extensions; only where crypto_paths() says so.
+void sha1_compress_blocks_x86(std::uint32_t* state, const std::uint8_t* data, std::size_t blocks);

@@ -1,0 +1,42 @@
+#include "crypto/cpu.h"
+
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
+namespace {
+
+CryptoPaths& paths_in_force() {
+  static CryptoPaths paths = available_crypto_paths();
+  return paths;
+}
+
+}  // namespace
+
+const CryptoPaths& crypto_paths() {
+  return paths_in_force();
+}
+
+CryptoPaths available_crypto_paths() {
+  CryptoPaths paths = {};
+#if defined(__x86_64__)
+  unsigned eax = 0;
+  unsigned ebx = 0;
+  unsigned ecx = 0;
+  unsigned edx = 0;
+  if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0) return paths;
+  const bool sse41 = (ecx & bit_SSSE3) != 0 && (ecx & bit_SSE4_1) != 0;
+  paths.aes = sse41 && (ecx & bit_AES) != 0;
+  if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) return paths;
+  constexpr unsigned bit_sha_extensions = 1U << 29;
+  paths.sha1 = sse41 && (ebx & bit_sha_extensions) != 0;
+  paths.bn = (ebx & bit_BMI2) != 0;
+#endif
+  return paths;
+}
+
+void force_crypto_paths(const CryptoPaths& wanted) {
+  const CryptoPaths available = available_crypto_paths();
+  paths_in_force() = {wanted.sha1 && available.sha1, wanted.aes && available.aes,
+                      wanted.bn && available.bn};
+}
