@@ -1,21 +1,16 @@
 #include "front/image_commands.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <limits>
-#include <memory>
 
 #include "util/file.h"
+#include "util/large_buffer.h"
 
 namespace {
 
-struct Free {
-  void operator()(std::uint8_t* bytes) const { std::free(bytes); }
-};
-
 /// A file and the zero bytes behind it.
 struct Image {
-  std::unique_ptr<std::uint8_t, Free> bytes;
+  LargeBuffer bytes;
   std::uint32_t length;  // of the file alone
 };
 
@@ -24,13 +19,9 @@ struct Image {
 Image read_image(const char* path, std::uint32_t room) {
   const auto length = static_cast<std::uint32_t>(get_file_length(path));
   if (length > std::numeric_limits<std::int32_t>::max() - room) fail_file_open();
-  // Zeroed by the system, page by page, as the pages are touched; never of size 0.
-  const std::size_t size = std::size_t{length} + room + 1;
-  Image image = {
-      std::unique_ptr<std::uint8_t, Free>(static_cast<std::uint8_t*>(std::calloc(size, 1))),
-      length};
-  if (!image.bytes) fail_file_open();
-  read_file(path, image.bytes.get(), static_cast<std::int32_t>(length));
+  Image image = {LargeBuffer(std::size_t{length} + room), length};
+  if (image.bytes.data() == nullptr) fail_file_open();
+  read_file(path, image.bytes.data(), static_cast<std::int32_t>(length));
   return image;
 }
 
@@ -38,9 +29,9 @@ Image read_image(const char* path, std::uint32_t room) {
 
 std::int32_t seal_image(Arguments arguments, std::uint32_t room, Seal seal) {
   const Image image = read_image(arguments[2], room);
-  const Status status = seal(arguments, image.bytes.get(), image.length);
+  const Status status = seal(arguments, image.bytes.data(), image.length);
   if (status == ZEB_SUCCESS) {
-    write_file(arguments[3], image.bytes.get(), static_cast<std::int32_t>(image.length + room));
+    write_file(arguments[3], image.bytes.data(), static_cast<std::int32_t>(image.length + room));
   }
   return static_cast<std::int32_t>(status);
 }
@@ -51,7 +42,7 @@ std::int32_t check_image(Arguments arguments, const ImageCheck& check) {
   bool valid = false;
   if (image.length >= check.tail_length) {
     const std::uint32_t length = image.length - check.tail_length;
-    std::uint8_t* bytes = image.bytes.get();
+    std::uint8_t* bytes = image.bytes.data();
     valid = check.verify(bytes, length, bytes + length) == ZEB_SUCCESS;
   }
   std::fputs(valid ? check.success_line : check.failure_line, stdout);

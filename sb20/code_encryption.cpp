@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
-#include <new>
 
 #include "crypto/aes_cbc.h"
 #include "crypto/mem.h"
@@ -13,19 +11,13 @@
 #include "sb20/key_files.h"
 #include "sb20/status.h"
 #include "util/file.h"
+#include "util/large_buffer.h"
 
 namespace {
 
 constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and of an IV
 constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARAMETER,
                                            CIPHER_ERR_PARAMETER};
-
-using Scratch = std::unique_ptr<std::uint8_t[]>;
-
-/// Unfilled scratch area, null when memory is short; never of size 0, so its pointer is good.
-Scratch make_scratch(std::uint32_t length) {
-  return Scratch(new (std::nothrow) std::uint8_t[std::size_t{length} + 1]);
-}
 
 Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                      const SB20_CONTEXT* context) {
@@ -87,21 +79,24 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
   AesCbcContext cipher;
   const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
-  const Scratch ciphertext = make_scratch(codeLen);
-  const Scratch opened = make_scratch(codeLen);
-  if (!ciphertext || !opened || ZEB_AES_CBC_EncInit(&cipher) != 0) return CIPHER_ERR_SETUP;
+  const LargeBuffer ciphertext(codeLen);
+  const LargeBuffer opened(codeLen);
+  if (ciphertext.data() == nullptr || opened.data() == nullptr ||
+      ZEB_AES_CBC_EncInit(&cipher) != 0) {
+    return CIPHER_ERR_SETUP;
+  }
 
   std::uint32_t written = codeLen;
   std::uint32_t last = 0;
-  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.get(), &written) != 0 ||
+  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.data(), &written) != 0 ||
       ZEB_AES_CBC_EncFinal(&cipher, code + codeLen, &last) != 0) {
     return CIPHER_ERR_RUN;
   }
-  std::memcpy(opened.get(), ciphertext.get(), codeLen);
-  const Status opening = decrypt_in_place(cipher, opened.get(), codeLen);
+  std::memcpy(opened.data(), ciphertext.data(), codeLen);
+  const Status opening = decrypt_in_place(cipher, opened.data(), codeLen);
   if (opening != ZEB_SUCCESS) return opening;
-  if (std::memcmp(opened.get(), code, codeLen) != 0) return CIPHER_ERR_RUN;
-  std::memcpy(code, ciphertext.get(), codeLen);
+  if (std::memcmp(opened.data(), code, codeLen) != 0) return CIPHER_ERR_RUN;
+  std::memcpy(code, ciphertext.data(), codeLen);
   return ZEB_SUCCESS;
 }
 

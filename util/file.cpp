@@ -16,7 +16,7 @@ namespace {
 
 constexpr int exit_status_of_failure = 255;
 constexpr std::int32_t block_length = 256;             // bytes per write request
-constexpr std::size_t stream_buffer_length = 1 << 20;  // bytes; batches the small requests
+constexpr std::size_t stream_buffer_length = 256 << 10;  // bytes; batches the small requests
 constexpr mode_t everyone_by_umask = 0666;
 constexpr mode_t owner_only = 0600;
 
