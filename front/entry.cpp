@@ -1,5 +1,8 @@
 #include "front/entry.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <string_view>
 
@@ -8,9 +11,20 @@ namespace {
 constexpr int min_argument_count = 3;
 constexpr int max_argument_count = 6;
 
+/// Fills standard descriptors that the caller left closed: otherwise a key or image file would get
+/// the number of standard output, and the tool's messages could end up inside it.
+void occupy_standard_descriptors() {
+  int descriptor = open("/dev/null", O_RDWR);
+  while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO) {
+    descriptor = open("/dev/null", O_RDWR);
+  }
+  if (descriptor >= 0) close(descriptor);
+}
+
 }  // namespace
 
 std::int32_t run_driver(int argument_count, Arguments arguments, const Drivers& drivers) {
+  occupy_standard_descriptors();
   if (argument_count < min_argument_count || argument_count > max_argument_count) {
     std::fputs("sealwright_V21 -v1.1(or -v2.1) -help\n", stdout);
     return -1;
