@@ -1,0 +1,118 @@
+# shellcheck shell=bash
+# Sourced by the other scripts. Finds out what this machine lacks and installs it.
+#
+#   need PROBE PACKAGE  notes PACKAGE as missing when the command PROBE fails
+#   need_build_tools    C++20 compiler, cmake, ninja
+#   need_test_tools     those, GoogleTest, OpenSSL and the sanitizers' libraries
+#   need_style_tools    clang-format, clang-tidy
+#   install_missing     installs what was noted and checks that it is there now
+#   say, fail           messages
+
+readonly cmake_at_least=3.25
+
+say() { printf '==> %s\n' "$*"; }
+
+fail() {
+  printf 'error: %s\n' "$*" >&2
+  exit 1
+}
+
+# Runs a command as root, and says so.
+as_root() {
+  if ((EUID == 0)); then
+    say "$*"
+    "$@"
+  elif command -v sudo >/dev/null; then
+    say "sudo $*"
+    # Where nobody can answer, sudo must not ask.
+    if [[ -n ${CI:-} || ! -t 0 ]]; then sudo -n "$@"; else sudo "$@"; fi
+  else
+    fail "this needs root, and there is no sudo: $*"
+  fi
+}
+
+# Compiles and links standard input; the arguments are options.
+compiles() { "${CXX:-c++}" -std=c++20 -x c++ - -o /dev/null "$@" 2>/dev/null; }
+
+has_command() { command -v "$1" >/dev/null; }
+
+has_compiler() { printf '#include <bit>\n#include <span>\nint main() {}\n' | compiles; }
+
+cmake_version() { cmake --version 2>/dev/null | sed -n 's/^cmake version \([0-9.]*\).*/\1/p'; }
+
+has_cmake() {
+  local version
+  version=$(cmake_version)
+  [[ -n $version ]] && printf '%s\n' "$cmake_at_least" "$version" | sort -C -V
+}
+
+has_gtest() { printf '#include <gtest/gtest.h>\nint main() {}\n' | compiles -pthread -lgtest; }
+
+has_openssl() {
+  printf '#include <openssl/opensslv.h>\n#if OPENSSL_VERSION_MAJOR < 3\n#error\n#endif\nint main() {}\n' |
+    compiles -lcrypto
+}
+
+has_sanitizers() { printf 'int main() {}\n' | compiles -fsanitize=address,undefined; }
+
+missing_probes=()
+missing_packages=()
+
+need() {
+  # shellcheck disable=SC2086  # a probe is a command and its argument
+  if ! $1; then
+    missing_probes+=("$1")
+    missing_packages+=("$2")
+  fi
+}
+
+need_build_tools() {
+  need has_compiler g++
+  need has_cmake cmake
+  need 'has_command ninja' ninja-build
+}
+
+need_test_tools() {
+  need_build_tools
+  need has_gtest libgtest-dev
+  need has_openssl libssl-dev
+  need 'has_command openssl' openssl
+  need has_sanitizers g++
+}
+
+need_style_tools() {
+  need 'has_command clang-format' clang-format
+  need 'has_command clang-tidy' clang-tidy
+}
+
+install_missing() {
+  if ((${#missing_packages[@]} == 0)); then
+    say "Everything needed is there"
+    return
+  fi
+  local packages
+  packages=$(printf '%s\n' "${missing_packages[@]}" | sort -u | paste -s -d ' ')
+  if ! has_command apt-get; then
+    fail "missing here: $packages. There is no apt-get: install what these Debian packages hold."
+  fi
+  say "Installing what is missing: $packages"
+  # One package source of several may be out of reach; the installation tells whether it matters.
+  as_root apt-get update -q </dev/null || say "apt-get update failed; going on with the lists there are"
+  # shellcheck disable=SC2086
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends $packages </dev/null ||
+    fail "could not install: $packages"
+
+  local probe
+  for probe in "${missing_probes[@]}"; do
+    # shellcheck disable=SC2086
+    if $probe; then continue; fi
+    if [[ $probe == has_cmake ]]; then
+      fail "cmake $cmake_at_least or newer is needed and this system offers $(cmake_version);" \
+        "Debian 12 and Ubuntu 24.04 have a new enough one"
+    fi
+    fail "installed, but this check still fails: $probe"
+  done
+  missing_probes=()
+  missing_packages=()
+}

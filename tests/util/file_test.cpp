@@ -1,0 +1,125 @@
+#include "util/file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/files.h"
+
+namespace {
+
+mode_t mode_of(const char* path) {
+  struct stat status = {};
+  EXPECT_EQ(stat(path, &status), 0);
+  return status.st_mode & 07777;
+}
+
+TEST(Files, ComeBackAsWritten) {
+  const WorkingDirectory here;
+  write_bytes("file", counted_bytes(5000));  // a longer file is cut
+  for (const std::int32_t size : {0, 1, 255, 256, 512, 600}) {
+    const Bytes bytes = counted_bytes(static_cast<std::size_t>(size));
+    EXPECT_EQ(write_file("file", bytes.data(), size), 0);
+    EXPECT_EQ(read_bytes("file"), bytes);
+    EXPECT_EQ(get_file_length("file"), size);
+    Bytes read(bytes.size() + 1, 0xEE);
+    EXPECT_EQ(read_file("file", read.data(), size), 0);
+    EXPECT_EQ(read, joined(bytes, {0xEE}));
+  }
+}
+
+TEST(Files, RecordTakesWhatThereIs) {
+  const WorkingDirectory here;
+  write_bytes("file", counted_bytes(20));
+  const Bytes longer = joined(counted_bytes(20), Bytes(4));
+  for (const std::int32_t size : {0, 8, 20, 24}) {
+    Bytes read(25, 0xEE);
+    EXPECT_EQ(read_record("file", read.data(), size), 20);
+    const auto count = static_cast<std::size_t>(size);
+    EXPECT_EQ(read, joined(slice(longer, 0, count), Bytes(25 - count, 0xEE)));
+  }
+  Bytes whole(24, 0xEE);
+  EXPECT_EQ(read_whole_or_abort("file", whole.data(), 24), 20);
+  EXPECT_EQ(whole, longer);
+  EXPECT_EQ(read_whole_or_abort("file", whole.data(), 20), 20);
+  EXPECT_EXIT(read_whole_or_abort("file", whole.data(), 19), testing::KilledBySignal(SIGABRT),
+              "^$");
+}
+
+ssize_t note_request(void* requests, const char* /*bytes*/, std::size_t count) {
+  // Whether an empty request arrives here is the C library's affair.
+  if (count != 0) static_cast<std::vector<std::size_t>*>(requests)->push_back(count);
+  return static_cast<ssize_t>(count);
+}
+
+TEST(Files, AreWrittenInBlocksOf256) {
+  const std::map<std::int32_t, std::vector<std::size_t>> cases = {
+      {-1, {}},     {0, {}},         {1, {1}},          {255, {255}},
+      {256, {256}}, {257, {256, 1}}, {512, {256, 256}}, {600, {256, 256, 88}}};
+  const Bytes bytes(600);
+  for (const auto& [count, expected] : cases) {
+    std::vector<std::size_t> requests;
+    std::FILE* stream = fopencookie(&requests, "wb", {nullptr, note_request, nullptr, nullptr});
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    write_in_blocks(stream, bytes.data(), count);
+    std::fclose(stream);
+    EXPECT_EQ(requests, expected) << count;
+  }
+}
+
+TEST(Files, PrivateOnesAreTheOwnersAlone) {
+  const WorkingDirectory here;
+  const mode_t old_mask = umask(0);
+  write_bytes("older", counted_bytes(1000));
+  chmod("older", 0644);
+  for (const char* name : {"new", "older"}) {
+    EXPECT_EQ(write_private_file(name, counted_bytes(300).data(), 300), 0);
+    EXPECT_EQ(read_bytes(name), counted_bytes(300));
+    EXPECT_EQ(mode_of(name), 0600U) << name;
+  }
+  write_file("public", counted_bytes(1).data(), 1);
+  EXPECT_EQ(mode_of("public"), 0666U);
+  umask(old_mask);
+}
+
+TEST(Files, ReaderKeepsAskingAShortFile) {
+  const WorkingDirectory here;
+  write_bytes("file", counted_bytes(4));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    Bytes read(10);
+    read_file("file", read.data(), 10);
+    _exit(read == counted_bytes(10) ? 0 : 1);
+  }
+  usleep(200'000);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);  // still at it
+  const Bytes all = counted_bytes(10);
+  std::ofstream("file", std::ios::app).write(reinterpret_cast<const char*>(&all[4]), 6);
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(Files, TooLargeOnesEndTheProcess) {
+  const WorkingDirectory here;
+  write_bytes("large", {});
+  std::filesystem::resize_file("large", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
+  EXPECT_EQ(get_file_length("large"), 0x7FFFFFFF);
+  std::filesystem::resize_file("large", std::uintmax_t{1} << 31);
+  const auto ask = [] {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    get_file_length("large");
+  };
+  EXPECT_EXIT(ask(), testing::ExitedWithCode(255), "^file open error\n$");
+}
+
+TEST(Files, UnusableOutputIsReportedByItsMessageLength) {
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(write_file("/missing/file", nullptr, 0), 16);
+  EXPECT_EQ(write_private_file(".", nullptr, 0), 16);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "file open error\nfile open error\n");
+}
+
+}  // namespace
