@@ -13,7 +13,7 @@ Bytes openssl_cbc(const Bytes& key, const Bytes& iv, const Bytes& in, bool encry
   const std::string name = "AES-" + std::to_string(8 * key.size()) + "-CBC";
   const Owned<EVP_CIPHER_CTX> context(EVP_CIPHER_CTX_new());
   require(EVP_CipherInit_ex(context.get(), EVP_get_cipherbyname(name.c_str()), nullptr, key.data(),
-                            iv.data(), encrypt) == 1,
+                            iv.data(), encrypt ? 1 : 0) == 1,
           "OpenSSL refused the key");
   EVP_CIPHER_CTX_set_padding(context.get(), 0);
   Bytes out(in.size() + 16);

@@ -9,7 +9,7 @@ namespace {
 /// Some bytes at the low or the high end of a number that is otherwise zeros or ones.
 Number take_number(FuzzInput& input, std::size_t width) {
   const std::uint8_t form = input.byte();
-  const Bytes given = input.bytes(std::min<std::size_t>(2 * input.byte(), 4 * width));
+  const Bytes given = input.bytes(std::min(std::size_t{2} * input.byte(), 4 * width));
   Bytes whole(4 * width, (form & 1) != 0 ? 0xFF : 0);
   std::ranges::copy(given, (form & 2) != 0 ? whole.end() - std::ssize(given) : whole.begin());
   Number number(width);

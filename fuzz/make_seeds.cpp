@@ -33,7 +33,7 @@ void write_seed(const char* harness, const Parts&... parts) {
 template <typename Record>
 Bytes bytes_of_record(const Record& record) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(&record);
-  return Bytes(bytes, bytes + sizeof record);
+  return {bytes, bytes + sizeof record};
 }
 
 /// Seeds of a key that signs fast, whole and with one of its items a digit wider.
@@ -84,13 +84,12 @@ void write_key_seeds(std::uint8_t scheme, const Bytes& list, const Bytes& public
 void write_scheme_seeds() {
   const WorkingDirectory directory;
   Bytes image(32 + 1024, 0x5A);
-  const Bytes image_part(16, 0x5A);
   sb20_Generate_KeyPair(root_key_mode, "");
   std::filesystem::copy_file("publicKeyInfo_V21.dat", "publicKeyInfo_V21_stage2.dat");
   sb20_Generate_Stage1(image.data(), 32);
   image.resize(32);
   write_seed("context", Bytes{0, 1}, bytes_of_record(sb20_eFuseData), bytes_of_record(sb20_Context),
-             image);
+             Bytes(4), image);
   const Bytes list_v21(privateKey, privateKey + privateKeyLen);
   write_seed("private_key", Bytes{0, 3, 0, 'm'}, list_v21, Bytes(12));
   write_key_seeds(1, list_v21, bytes_of_record(sb20_Context.publicKeyInfo.key));
@@ -99,7 +98,7 @@ void write_scheme_seeds() {
   sb10_Generate_KeyPair(stage2_key_mode, "stage2_key");
   sb10_Generate_Stage1(image.data(), length_of(image));
   write_seed("context", Bytes{0, 0}, bytes_of_record(sb10_eFuseData), bytes_of_record(sb10_Context),
-             image);
+             Bytes(4), image);
   write_key_seeds(0, Bytes(privateKey, privateKey + privateKeyLen),
                   bytes_of_record(sb10_Context.publicKeyInfo.key));
   write_seed("private_key", Bytes{0, 4, 0, 'm'}, bytes_of_record(sb10_pubkey_file));
@@ -110,6 +109,7 @@ void write_scheme_seeds() {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what goes wrong ends the program
 int main(int argc, char** argv) {
   if (argc != 2) return EXIT_FAILURE;
   corpus = std::filesystem::absolute(argv[1]);

@@ -9,11 +9,43 @@ std::uint8_t* data_or_null(Bytes& bytes) {
   return bytes.empty() ? nullptr : bytes.data();
 }
 
+Status verify_digest(const Bytes& key, Bytes& digest, Bytes& signature, std::uint32_t length) {
+  return Verify_PSS_RSASignature(key.data(), 0, data_or_null(digest), length_of(digest),
+                                 signature.data(), length);
+}
+
+Status verify_message(const Bytes& key, Bytes& message, Bytes& signature, std::uint32_t length) {
+  return Verify_PSS_RSASignature2(key.data(), 0, data_or_null(message), length_of(message),
+                                  signature.data(), length);
+}
+
+std::uint32_t take_signature_length(FuzzInput& input, std::uint8_t form) {
+  if ((form & 2) != 0) return input.word();
+  return (form & 1) != 0 ? 256 : 128;
+}
+
+/// Digit counts of n and e; 0 and 0 for those that no key has.
+using Widths = std::pair<std::size_t, std::size_t>;
+Widths stated_widths(const Bytes& key) {
+  const std::int32_t n_digits = static_cast<std::int32_t>(load_le32(key.data())) / 4;
+  const std::int32_t e_digits = static_cast<std::int32_t>(load_le32(&key[260])) / 4;
+  if (n_digits < 1 || n_digits > 64 || e_digits < 1 || e_digits > 64) return {0, 0};
+  return {n_digits, e_digits};
+}
+
+/// Makes a signature under e = 1, whose data block is what `signature` starts with.
+void seal(Bytes& signature, std::size_t n_width, const Bytes& digest) {
+  const std::size_t room = signature.size();
+  signature.resize(4 * n_width);
+  signature = bytes_of(pss_seal(signature, digest), signature.size());
+  signature.resize(room);
+}
+
 void verify(FuzzInput& input, bool over_message) {
   const std::uint8_t form = input.byte();
-  const std::uint32_t length = (form & 2) != 0 ? input.word() : (form & 1) != 0 ? 256 : 128;
+  const std::uint32_t length = take_signature_length(input, form);
   Bytes covered = input.bytes(input.byte());
-  Bytes key = input.bytes(4 * input.byte());
+  Bytes key = input.bytes(std::size_t{4} * input.byte());
   key.resize(1024);  // as the tool has it
   const bool wide = length == 256;
   const bool known_length = wide || length == 128;
@@ -21,44 +53,26 @@ void verify(FuzzInput& input, bool over_message) {
   const Bytes digest = over_message ? sha1(covered) : covered;
 
   const std::size_t e_at = wide ? 264 : 128;
-  std::int32_t n_digits = wide ? 64 : 32;
-  std::int32_t e_digits = 1;
-  if (wide && over_message) {
-    n_digits = static_cast<std::int32_t>(load_le32(key.data())) / 4;
-    e_digits = static_cast<std::int32_t>(load_le32(&key[260])) / 4;
-  }
-  const bool counted = n_digits > 0 && n_digits <= 64 && e_digits > 0 && e_digits <= 64;
-  const auto n_width = static_cast<std::size_t>(counted ? n_digits : 0);
-  const auto e_width = static_cast<std::size_t>(counted ? e_digits : 0);
+  const bool stated = wide && over_message;
+  const auto [n_width, e_width] = stated ? stated_widths(key) : Widths{wide ? 64 : 32, 1};
   const bool sealed = (form & 4) != 0 && known_length && n_width >= 6;
   // Wide exponents only under small moduli, for speed.
   if (sealed || n_width > 12) std::fill(&key[e_at + 4], &key.back(), std::uint8_t{0});
-  if (sealed) {  // e = 1 signs any encoding; its data block is the signature's first bytes
+  if (sealed) {
     store_le32(&key[e_at], 1);
-    Bytes opened = signature;
-    opened.resize(4 * n_width);
-    signature = bytes_of(pss_seal(opened, digest), opened.size());
-    signature.resize(length);
+    seal(signature, n_width, digest);
   }
 
-  Status expected = VERIFY_ERR_RSA;
-  if (over_message && covered.empty()) {
-    expected = VERIFY_ERR_SHA1_UPDATE;  // the null pointer is refused
-  } else if (!known_length) {
-    expected = VERIFY_ERR_SIGNATURE_LENGTH;
-  } else if (judge_verify(number_at(key, wide ? 4 : 0, n_width), number_at(key, e_at, e_width),
-                          signature, digest)) {
-    expected = ZEB_SUCCESS;
-  }
+  const bool valid = known_length && judge_verify(number_at(key, wide ? 4 : 0, n_width),
+                                                  number_at(key, e_at, e_width), signature, digest);
+  Status expected = valid ? ZEB_SUCCESS : VERIFY_ERR_RSA;
+  if (!known_length) expected = VERIFY_ERR_SIGNATURE_LENGTH;
+  if (over_message && covered.empty()) expected = VERIFY_ERR_SHA1_UPDATE;  // a null pointer
   const bool wiped = expected == VERIFY_ERR_RSA;
   const Bytes signature_after = wiped ? Bytes(signature.size()) : signature;
   const Bytes covered_after = wiped && !over_message ? Bytes(covered.size()) : covered;
-  std::uint8_t* covered_data = data_or_null(covered);
-  const Status status = over_message
-                            ? Verify_PSS_RSASignature2(key.data(), 0, covered_data,
-                                                       length_of(covered), signature.data(), length)
-                            : Verify_PSS_RSASignature(key.data(), 0, covered_data,
-                                                      length_of(covered), signature.data(), length);
+  const auto wrapper = over_message ? verify_message : verify_digest;
+  const Status status = wrapper(key, covered, signature, length);
   require(status == expected, "status of a verification");
   require(signature == signature_after && covered == covered_after, "wiping");
 }

@@ -2,13 +2,9 @@
 
 #include "crypto/aes_cbc.h"
 #include "tests/support/openssl_util.h"
-#include "tests/support/paths.h"
 #include "tests/support/test_bytes.h"
 
 namespace {
-
-class Aes : public OnEveryPath {};
-RUN_ON_EVERY_PATH(Aes);
 
 AesCbcContext make_context(const Bytes& key, const Bytes& iv, std::uint32_t padding) {
   AesCbcContext context;
@@ -66,7 +62,7 @@ Bytes openssl_encrypt(const Bytes& key, const Bytes& iv, const Bytes& message, b
   return cipher;
 }
 
-TEST_P(Aes, MeetsPublishedVectors) {
+TEST(Aes, MeetsPublishedVectors) {
   for (const Vector& vector : read_vectors("aes.txt")) {
     const Bytes& key = vector.at("key");
     AesKeySchedule encryption;
@@ -89,7 +85,7 @@ TEST_P(Aes, MeetsPublishedVectors) {
   EXPECT_EQ(_ff_mult(0x57, 0x13), 0xFE);  // FIPS 197, 4.2.1
 }
 
-TEST_P(Aes, MatchesOpensslInPiecesUnderBothRules) {
+TEST(Aes, MatchesOpensslInPiecesUnderBothRules) {
   std::mt19937_64 engine(17);
   for (int round = 0; round < 1200; ++round) {
     const bool padded = round % 2 == 0;

@@ -3,12 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/numbers.h"
-#include "tests/support/paths.h"
 
 namespace {
-
-class BnMod : public OnEveryPath {};
-RUN_ON_EVERY_PATH(BnMod);
 
 constexpr std::uint32_t max_width = 64;
 
@@ -44,7 +40,7 @@ void expect_power(const Number& base, const Number& m, const Number& e) {
   EXPECT_EQ(Big(r), power(Big(base), Big(e), Big(m))) << Big(base) << ", e " << Big(e);
 }
 
-TEST_P(BnMod, ReducesMultipliesAndRaises) {
+TEST(BnMod, ReducesMultipliesAndRaises) {
   std::mt19937_64 engine(9);
   for (std::uint32_t i = 0; i < max_width * shape_count * shape_count && !HasFailure(); ++i) {
     const std::uint32_t width = 1 + i % max_width;
@@ -62,7 +58,7 @@ TEST_P(BnMod, ReducesMultipliesAndRaises) {
 }
 
 // A segment below the modulus but with the same top digit: the trial digit 2^32 is cut to 0.
-TEST_P(BnMod, OnlyTheExactReductionSurvivesAnUnclampedTrialDigit) {
+TEST(BnMod, OnlyTheExactReductionSurvivesAnUnclampedTrialDigit) {
   std::mt19937_64 engine(10);
   for (std::uint32_t width = 3; width <= max_width; ++width) {
     Number m = make_number(engine, width, 0);
@@ -90,7 +86,7 @@ TEST_P(BnMod, OnlyTheExactReductionSurvivesAnUnclampedTrialDigit) {
   }
 }
 
-TEST(BnModEdges, EqualLengthsReduceNothingAndPowerZeroIsOne) {
+TEST(BnMod, EqualLengthsReduceNothingAndPowerZeroIsOne) {
   Number a = {0xFFFFFFFF, 0xFFFFFFFF};
   const Number m = {1, 0x80000000};
   zeb_bn_ClassicalRed(a.data(), 2, m.data(), 2);
@@ -107,7 +103,7 @@ TEST(BnModEdges, EqualLengthsReduceNothingAndPowerZeroIsOne) {
   }
 }
 
-TEST(BnModEdges, InvertsExactlyWhatHasAnInverse) {
+TEST(BnMod, InvertsExactlyWhatHasAnInverse) {
   std::mt19937_64 engine(13);
   int without_inverse = 0;
   for (std::uint32_t i = 0; i < max_width * shape_count * shape_count; ++i) {

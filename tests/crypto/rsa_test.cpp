@@ -6,8 +6,8 @@
 
 #include "crypto/bn_mod.h"
 #include "crypto/bytes.h"
-#include "crypto/key_items.h"
 #include "tests/support/generator.h"
+#include "tests/support/key_list.h"
 #include "tests/support/numbers.h"
 #include "tests/support/rsa_keys.h"
 #include "tests/support/test_bytes.h"
@@ -21,25 +21,6 @@ Bytes reversed(const Bytes& bytes) {
 Bytes bytes_of(const Number& number) {
   const auto* first = reinterpret_cast<const std::uint8_t*>(number.data());
   return Bytes(first, first + digit_bytes * number.size());
-}
-
-/// The list of a mode; the plain one has no e.
-Bytes item_list(const ZEB_RSA_PRIVATE_KEY& key, std::int32_t mode) {
-  Bytes list(2048);
-  std::uint32_t length = 0;
-  for (const auto& [digits, count] : {std::pair{key.n, key.nWords},
-                                      {key.e, key.eWords},
-                                      {key.d, key.dWords},
-                                      {key.p, key.pWords},
-                                      {key.q, key.qWords},
-                                      {key.dP, key.dPWords},
-                                      {key.dQ, key.dQWords},
-                                      {key.qInv, key.qInvWords}}) {
-    if (mode == rsa_mode_crt || digits != key.e)
-      append_key_item(list.data(), length, digits, count);
-  }
-  list.resize(length);
-  return list;
 }
 
 /// In the form of the signature length, with room for an exponent of 64 digits.
@@ -134,7 +115,7 @@ TEST_P(Rsa, SignaturesVerifyHereAndInOpenssl) {
   std::vector<Bytes> signatures;
   for (const std::int32_t mode : {rsa_mode_plain, rsa_mode_crt}) {
     set_generator(9);
-    const Bytes list = item_list(key, mode);
+    const Bytes list = make_key_list(key, mode == rsa_mode_crt);
     std::uint32_t written = 0;
     signatures.resize(signatures.size() + 2, Bytes(length));
     EXPECT_EQ(sign(mode, list, *(signatures.end() - 2), written), ZEB_SUCCESS);
@@ -151,7 +132,7 @@ TEST_P(Rsa, SignaturesVerifyHereAndInOpenssl) {
   EXPECT_EQ(signatures[0], signatures[2]);  // both modes compute the same
   // Taken as a plain list, a CRT list has e for d.
   std::uint32_t written = 0;
-  EXPECT_EQ(sign(rsa_mode_plain, item_list(key, rsa_mode_crt), signatures[0], written), 0U);
+  EXPECT_EQ(sign(rsa_mode_plain, make_key_list(key, true), signatures[0], written), 0U);
   expect_status(signatures[0], 0xFFF20090);
 }
 
@@ -246,7 +227,7 @@ TEST_P(Rsa, RefusalsWriteNothing) {
   // The message is hashed before the length is looked at.
   EXPECT_EQ(Verify_PSS_RSASignature2(public_key.data(), 0, nullptr, 0, signature.data(), 200),
             0xFFF20070U);
-  const Bytes good = item_list(key, rsa_mode_crt);
+  const Bytes good = make_key_list(key, true);
   EXPECT_EQ(Generate_PSS_RSASignature2(rsa_mode_crt, good.data(), length_of(good), nullptr, 0,
                                        signature.data(), &written),
             0xFFF40070U);
@@ -254,10 +235,11 @@ TEST_P(Rsa, RefusalsWriteNothing) {
   const auto refuse_with = [&](std::int32_t mode, auto change) {  // a change of the key
     ZEB_RSA_PRIVATE_KEY changed = key;
     change(changed);
-    EXPECT_EQ(sign(mode, item_list(changed, mode), signature, written), 0xFFF40090U);
+    EXPECT_EQ(sign(mode, make_key_list(changed, mode == rsa_mode_crt), signature, written),
+              0xFFF40090U);
   };
   for (const std::int32_t mode : {rsa_mode_plain, rsa_mode_crt}) {
-    Bytes list = item_list(key, mode);
+    Bytes list = make_key_list(key, mode == rsa_mode_crt);
     const std::size_t read = mode == rsa_mode_crt ? list.size() : 2 * (4 + length);
     for (std::size_t cut = 0; cut < read; cut += 1 + cut % 61) {
       const Bytes part(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(cut));

@@ -81,6 +81,7 @@ bool report(const char* what, std::uint32_t bits, std::int32_t mode, int count) 
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what goes wrong ends the program
 int main(int argc, char** argv) {
   int count = 100000;
   for (int i = 1; i < argc; ++i) {
