@@ -31,8 +31,10 @@ if(SEALWRIGHT_SANITIZE OR SEALWRIGHT_FUZZ)
   target_link_options(sealwright_flags INTERFACE -fsanitize=address,undefined)
 else()
   # The sanitizers bring checks of their own; fortification would hide findings from them.
-  target_compile_definitions(sealwright_flags
-                             INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
+  # Some compilers define the level themselves, hence the -U.
+  target_compile_options(sealwright_flags
+                         INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  target_compile_definitions(sealwright_flags INTERFACE _GLIBCXX_ASSERTIONS)
 endif()
 
 # sealwright_wing(<name> SOURCES <files> LINKS <wings>): a static library of one folder.

@@ -5,7 +5,8 @@
 
 #include "crypto/aes.h"
 
-// Runs of whole blocks in CBC mode. `chain` is the previous ciphertext block, in and out.
+// Runs of whole blocks in CBC mode. `chain` is the previous ciphertext block (16 bytes), in
+// and out.
 
 /// Encrypts `blocks` blocks from `in` to `out`, which do not overlap, on the fastest path this
 /// processor has; then the same in portable code and by AES-NI (only where crypto_paths() says so).

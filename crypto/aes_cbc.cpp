@@ -121,13 +121,18 @@ Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint
   if (context == nullptr || out == nullptr || outLen == nullptr) return ZEB_ERR_NULL_POINTER;
   if (context->buffered == 0) return ZEB_SUCCESS;
   if (context->buffered != aes_block_length) return ZEB_ERR_HELD_COUNT;
-  aes_cbc_decrypt_blocks(context->decryption, context->chain, context->buffer, 1);
-  const std::uint32_t pad = zeb_CheckPadding(context->buffer, aes_block_length, context->padding);
+  // In copies, so that a call refused for want of room can be made again.
+  std::uint8_t block[aes_block_length];
+  std::uint8_t chain[aes_block_length];
+  std::copy_n(context->buffer, aes_block_length, block);
+  std::copy_n(context->chain, aes_block_length, chain);
+  aes_cbc_decrypt_blocks(context->decryption, chain, block, 1);
+  const std::uint32_t pad = zeb_CheckPadding(block, aes_block_length, context->padding);
   if (pad > aes_block_length) return pad;
   const std::uint32_t room = *outLen;
   *outLen = aes_block_length - pad;
   if (is_too_small(room, *outLen)) return ZEB_ERR_NO_ROOM;
-  std::copy_n(context->buffer, *outLen, out);
+  std::copy_n(block, *outLen, out);
   return ZEB_SUCCESS;
 }
 

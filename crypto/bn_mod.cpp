@@ -69,7 +69,7 @@ void euclid_step(EuclidRow& previous, const EuclidRow& current, std::uint32_t le
 
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
   // Equal lengths reduce nothing, on purpose; a modulus with a zero top digit cannot be tried by.
-  if (aLen <= mLen || m[mLen - 1] == 0) return;
+  if (mLen == 0 || aLen <= mLen || m[mLen - 1] == 0) return;
   const Digit top = m[mLen - 1];
   for (std::uint32_t j = aLen - mLen; j > 0; --j) {
     Digit* segment = a + (j - 1);

@@ -34,44 +34,44 @@ constexpr std::size_t unroll = 4;  // words per turn of a row
 /// r[0..4) += a[0..4) * d + carry. @return the carry word.
 inline Word mul_add_four(Word* r, const Word* a, Word d, Word carry) {
   Word p0, p1, p2, p3, h0, h1, h2, h3;
-  __asm__(FOUR_WORD_PRODUCT
-          "addq   (%[r]), %[p0]\n\t"
-          "adcq  8(%[r]), %[p1]\n\t"
-          "adcq 16(%[r]), %[p2]\n\t"
-          "adcq 24(%[r]), %[p3]\n\t"
-          "adcq $0, %[h3]\n\t"
-          "movq %[p0],   (%[r])\n\t"
-          "movq %[p1],  8(%[r])\n\t"
-          "movq %[p2], 16(%[r])\n\t"
-          "movq %[p3], 24(%[r])\n\t"
-          : [p0] "=&r"(p0), [p1] "=&r"(p1), [p2] "=&r"(p2), [p3] "=&r"(p3), [h0] "=&r"(h0),
-            [h1] "=&r"(h1), [h2] "=&r"(h2), [h3] "=&r"(h3)
-          : [a] "r"(a), [r] "r"(r), [carry] "r"(carry), "d"(d)
-          : "cc", "memory");
+  __asm__ volatile(FOUR_WORD_PRODUCT
+                   "addq   (%[r]), %[p0]\n\t"
+                   "adcq  8(%[r]), %[p1]\n\t"
+                   "adcq 16(%[r]), %[p2]\n\t"
+                   "adcq 24(%[r]), %[p3]\n\t"
+                   "adcq $0, %[h3]\n\t"
+                   "movq %[p0],   (%[r])\n\t"
+                   "movq %[p1],  8(%[r])\n\t"
+                   "movq %[p2], 16(%[r])\n\t"
+                   "movq %[p3], 24(%[r])\n\t"
+                   : [p0] "=&r"(p0), [p1] "=&r"(p1), [p2] "=&r"(p2), [p3] "=&r"(p3), [h0] "=&r"(h0),
+                     [h1] "=&r"(h1), [h2] "=&r"(h2), [h3] "=&r"(h3)
+                   : [a] "r"(a), [r] "r"(r), [carry] "r"(carry), "d"(d)
+                   : "cc", "memory");
   return h3;
 }
 
 /// r[0..4) -= a[0..4) * d + carry. @return the borrow word.
 inline Word mul_sub_four(Word* r, const Word* a, Word d, Word carry) {
   Word p0, p1, p2, p3, h0, h1, h2, h3;
-  __asm__(FOUR_WORD_PRODUCT
-          "movq   (%[r]), %[h0]\n\t"
-          "movq  8(%[r]), %[h1]\n\t"
-          "movq 16(%[r]), %[h2]\n\t"
-          "subq %[p0], %[h0]\n\t"
-          "sbbq %[p1], %[h1]\n\t"
-          "movq 24(%[r]), %[p0]\n\t"
-          "sbbq %[p2], %[h2]\n\t"
-          "sbbq %[p3], %[p0]\n\t"
-          "adcq $0, %[h3]\n\t"
-          "movq %[h0],   (%[r])\n\t"
-          "movq %[h1],  8(%[r])\n\t"
-          "movq %[h2], 16(%[r])\n\t"
-          "movq %[p0], 24(%[r])\n\t"
-          : [p0] "=&r"(p0), [p1] "=&r"(p1), [p2] "=&r"(p2), [p3] "=&r"(p3), [h0] "=&r"(h0),
-            [h1] "=&r"(h1), [h2] "=&r"(h2), [h3] "=&r"(h3)
-          : [a] "r"(a), [r] "r"(r), [carry] "r"(carry), "d"(d)
-          : "cc", "memory");
+  __asm__ volatile(FOUR_WORD_PRODUCT
+                   "movq   (%[r]), %[h0]\n\t"
+                   "movq  8(%[r]), %[h1]\n\t"
+                   "movq 16(%[r]), %[h2]\n\t"
+                   "subq %[p0], %[h0]\n\t"
+                   "sbbq %[p1], %[h1]\n\t"
+                   "movq 24(%[r]), %[p0]\n\t"
+                   "sbbq %[p2], %[h2]\n\t"
+                   "sbbq %[p3], %[p0]\n\t"
+                   "adcq $0, %[h3]\n\t"
+                   "movq %[h0],   (%[r])\n\t"
+                   "movq %[h1],  8(%[r])\n\t"
+                   "movq %[h2], 16(%[r])\n\t"
+                   "movq %[p0], 24(%[r])\n\t"
+                   : [p0] "=&r"(p0), [p1] "=&r"(p1), [p2] "=&r"(p2), [p3] "=&r"(p3), [h0] "=&r"(h0),
+                     [h1] "=&r"(h1), [h2] "=&r"(h2), [h3] "=&r"(h3)
+                   : [a] "r"(a), [r] "r"(r), [carry] "r"(carry), "d"(d)
+                   : "cc", "memory");
   return h3;
 }
 
@@ -141,8 +141,9 @@ Word divide(Word hi, Word lo, Word d) {
 }
 
 /// The two top words of a normalised modulus, prepared for trial division (Moeller and Granlund,
-/// "Improved division by invariant integers", 2011, algorithms 4 and 6): two words of divisor make
-/// a trial word that is almost never too large, so that add-backs cost nothing.
+/// "Improved division by invariant integers", 2011: three words by two, and the reciprocal for it):
+/// two words of divisor make a trial word that is almost never too large, so that add-backs cost
+/// nothing.
 struct TrialDivisor {
   Word d1;
   Word d0;

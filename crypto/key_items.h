@@ -25,7 +25,8 @@ struct KeyItemCursor {
 bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
                    std::uint32_t& digit_count);
 
-/// Appends an item of `digit_count` digits to the list of `*list_length` bytes at `list`.
+/// Appends an item of `digit_count` digits behind the `list_length` bytes at `list`, which has room
+/// for 4 + 4 * digit_count more, and advances `list_length`.
 void append_key_item(std::uint8_t* list, std::uint32_t& list_length, const Digit* digits,
                      std::uint32_t digit_count);
 

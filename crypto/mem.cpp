@@ -56,7 +56,7 @@ void tmkx_memcpy(std::uint8_t* dst, const std::uint8_t* src, std::uint32_t len) 
 
 void tmkx_memset(std::uint8_t* dst, std::uint8_t value, std::uint32_t len) {
   const std::uint32_t fill = value * 0x01010101U;
-  // The head is written before the length is looked at, on purpose; device code relies on it.
+  // The head is written before the length is looked at, on purpose.
   const std::uint32_t head = alignment_head(dst);
   for (std::uint32_t i = 0; i < head; ++i) dst[i] = value;
   std::size_t i = head;

@@ -159,7 +159,7 @@ void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
   if (length < word_length) return;  // no ring to stir into
   pInit = buffer;
   pCur = buffer;
-  pEnd = buffer + length;
+  pEnd = buffer + length / word_length * word_length;
   stir_noise_file();
   stir_random_device();
   stir_clock_and_usage();

@@ -3,12 +3,15 @@
 #include <cstring>
 
 std::int32_t run_command(int argument_count, Arguments arguments, std::span<const Command> commands,
-                         Action otherwise) {
+                         void (*print_usage)()) {
   for (const Command& command : commands) {
     if (command.argument_count != argument_count) continue;
     if (command.word == nullptr || std::strcmp(arguments[command.word_index], command.word) == 0) {
-      return command.action(arguments);
+      if (command.action != nullptr) return command.action(arguments);
+      print_usage();
+      return 0;
     }
   }
-  return otherwise(arguments);
+  print_usage();
+  return -1;
 }

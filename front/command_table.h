@@ -13,9 +13,9 @@ struct Command {
   int argument_count;  // the program name counts
   int word_index;      // which argument is the command word
   const char* word;    // matched exactly; null matches any
-  Action action;
+  Action action;       // null: print the usage and return 0
 };
 
-/// Runs the action of the first row that matches, `otherwise` when none does.
+/// Runs the action of the first row that matches. When none does, prints the usage and returns -1.
 std::int32_t run_command(int argument_count, Arguments arguments, std::span<const Command> commands,
-                         Action otherwise);
+                         void (*print_usage)());

@@ -21,7 +21,7 @@ Image read_image(const char* path, std::uint32_t room) {
   if (length > std::numeric_limits<std::int32_t>::max() - room) fail_file_open();
   Image image = {LargeBuffer(std::size_t{length} + room), length};
   if (image.bytes.data() == nullptr) fail_file_open();
-  read_file(path, image.bytes.data(), static_cast<std::int32_t>(length));
+  read_whole_or_fail(path, image.bytes.data(), static_cast<std::int32_t>(length));
   return image;
 }
 

@@ -19,6 +19,7 @@ std::int32_t seal_image(Arguments arguments, std::uint32_t room, Seal seal);
 struct ImageCheck {
   std::uint32_t tail_length;                 // bytes of context or signature behind the image
   void (*read_reference)(const char* path);  // eFuse data or public key, from argument 3
+  // 0 when the image is good; may wipe the tail.
   Status (*verify)(const std::uint8_t* image, std::uint32_t length, std::uint8_t* tail);
   const char* success_line;
   const char* failure_line;

@@ -16,16 +16,6 @@ namespace {
 
 constexpr std::uint32_t context_length = sizeof(SB10_CONTEXT);
 
-std::int32_t show_usage(Arguments /*arguments*/) {
-  print_SB10_Usage();
-  return 0;
-}
-
-std::int32_t refuse(Arguments /*arguments*/) {
-  print_SB10_Usage();
-  return -1;
-}
-
 std::int32_t succeed_in_silence(Arguments /*arguments*/) {
   return 0;
 }
@@ -62,7 +52,7 @@ std::int32_t verify_stage1_image(Arguments arguments) {
 // clang-format off
 constexpr Command commands[] = {
     {3, 2, "-KEYGEN",        generate_root_keys},
-    {3, 2, "-help",          show_usage},
+    {3, 2, "-help",          nullptr},
     {3, 2, "-v",             print_version},
     {3, 2, "-version",       print_version},
     {4, 3, "-STAGE2_KEYGEN", generate_sb10_stage2_keys},
@@ -78,5 +68,5 @@ constexpr Command commands[] = {
 
 std::int32_t sb10_main(int argument_count, Arguments arguments) {
   print_sb10_banner();
-  return run_command(argument_count, arguments, commands, refuse);
+  return run_command(argument_count, arguments, commands, print_SB10_Usage);
 }

@@ -5,19 +5,9 @@
 
 namespace {
 
-std::int32_t show_usage(Arguments /*arguments*/) {
-  print_SB20_Usage_Stage2();
-  return 0;
-}
-
-std::int32_t refuse(Arguments /*arguments*/) {
-  print_SB20_Usage_Stage2();
-  return -1;
-}
-
 // clang-format off
 constexpr Command commands[] = {
-    {3, 2, "-help",          show_usage},
+    {3, 2, "-help",          nullptr},
     {3, 2, "-v",             print_version},
     {3, 2, "-version",       print_version},
     {4, 3, "-STAGE2_KEYGEN", generate_sb20_stage2_keys},
@@ -30,5 +20,5 @@ constexpr Command commands[] = {
 
 std::int32_t sb20_main_client(int argument_count, Arguments arguments) {
   print_sb20_banner();
-  return run_command(argument_count, arguments, commands, refuse);
+  return run_command(argument_count, arguments, commands, print_SB20_Usage_Stage2);
 }

@@ -18,16 +18,6 @@ namespace {
 constexpr std::uint32_t context_length = sizeof(SB20_CONTEXT);
 constexpr std::uint32_t build_info_length = sizeof(BuildInfo);
 
-std::int32_t show_usage(Arguments /*arguments*/) {
-  print_SB20_Usage();
-  return 0;
-}
-
-std::int32_t refuse(Arguments /*arguments*/) {
-  print_SB20_Usage();
-  return -1;
-}
-
 std::int32_t generate_root_keys(Arguments /*arguments*/) {
   return generate_sb20_keys(root_key_mode, nullptr);
 }
@@ -72,7 +62,7 @@ std::int32_t verify_stage1_image(Arguments arguments) {
 // clang-format off
 constexpr Command commands[] = {
     {3, 2, "-KEYGEN",        generate_root_keys},
-    {3, 2, "-help",          show_usage},
+    {3, 2, "-help",          nullptr},
     {3, 2, "-v",             print_version},
     {3, 2, "-version",       print_version},
     {4, 3, "-STAGE2_KEYGEN", generate_sb20_stage2_keys},
@@ -88,5 +78,5 @@ constexpr Command commands[] = {
 
 std::int32_t sb20_main(int argument_count, Arguments arguments) {
   print_sb20_banner();
-  return run_command(argument_count, arguments, commands, refuse);
+  return run_command(argument_count, arguments, commands, print_SB20_Usage);
 }

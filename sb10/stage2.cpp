@@ -10,6 +10,7 @@
 #include "sb20/checked_signature.h"
 #include "sb20/key_buffers.h"
 #include "sb20/messages.h"
+#include "util/abort.h"
 #include "util/file.h"
 
 namespace {
@@ -54,7 +55,10 @@ Status sb10_Generate_Stage2(const char* privateKeyFile, const std::uint8_t* imag
                             std::uint32_t imageLen, std::uint8_t* signatureOut,
                             std::uint32_t* signatureLen) {
   auto* record = reinterpret_cast<std::uint8_t*>(&sb10_privkey_file);
-  read_record(privateKeyFile, record, sizeof sb10_privkey_file);
+  const std::int32_t file_length = read_record(privateKeyFile, record, sizeof sb10_privkey_file);
+  // What stands behind the record is ignored, but no private-key file is longer than the key
+  // buffer.
+  if (file_length > static_cast<std::int32_t>(sizeof privateKey)) abort_on_overflow();
   do_PrivateKey_Decrypt(key_file_mode_v11, record, sizeof sb10_privkey_file);
   const Status status = sign_image(image, imageLen, signatureOut);
   if (status == ZEB_SUCCESS) *signatureLen = signature_bytes_1024;

@@ -26,8 +26,9 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
 Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen);
 
-/// Encrypt_Code with "eFuseData_V21.dat" and "publicKeyInfo_V21.dat" of the working directory.
+/// Encrypt_Code with "eFuseData_V21.dat" and "publicKeyInfo_V21.dat" of the working directory; a
+/// file that cannot be opened ends the process. @return what Encrypt_Code returns.
 Status do_Encrypt(std::uint8_t* code, std::uint32_t codeLen);
 
-/// Decrypt_Code with the same files.
+/// Decrypt_Code with the same files. @return what Decrypt_Code returns.
 Status do_Decrypt(std::uint8_t* code, std::uint32_t codeLen);

@@ -110,6 +110,7 @@ Status convert_To_OldPrivateKey(const std::uint8_t* keyRecord, std::uint32_t /*k
   Sb10PrivateKeyFile file;
   start_sb10_private_key_file(&file);
   for (const ItemSlot& slot : item_slots) {
+    // The record's length is not known; the slots bound how far it is read.
     const std::uint32_t length = load_le32(keyRecord);
     if (length > slot.capacity) return CIPHER_ERR_SETUP;
     std::copy_n(keyRecord, sizeof length + length, file.items + slot.offset);

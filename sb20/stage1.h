@@ -11,7 +11,9 @@
 // multiple of 16 fail in silence.
 
 /// Seals `codeLen` bytes; `code` has room for 1024 more.
-/// @return 0 or the status of the step that failed.
+/// @return 0, or the status of the step that failed:
+///         VERIFY_ERR_... (the proof), CIPHER_ERR_..., CONTEXT_ERR_..., CHECK_ERR_... or
+///         INFO_ERR_....
 Status sb20_Generate_Stage1(std::uint8_t* code, std::uint32_t codeLen);
 
 /// The same with 48 bytes of build information written behind the code and covered by the

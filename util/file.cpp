@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int exit_status_of_failure = 255;
-constexpr std::int32_t block_length = 256;             // bytes per write request
+constexpr std::int32_t block_length = 256;               // bytes per write request
 constexpr std::size_t stream_buffer_length = 256 << 10;  // bytes; batches the small requests
 constexpr mode_t everyone_by_umask = 0666;
 constexpr mode_t owner_only = 0600;
@@ -37,7 +37,8 @@ File open_input(const char* path) {
   struct stat status = {};
   const bool usable = fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode) &&
                       lseek(descriptor, 0, SEEK_SET) == 0;
-  std::FILE* file = usable ? fdopen(descriptor, "rb") : nullptr;
+  std::FILE* file =
+      usable && fcntl(descriptor, F_SETFL, 0) == 0 ? fdopen(descriptor, "rb") : nullptr;
   if (file == nullptr) close(descriptor);
   return File(file);
 }
@@ -46,6 +47,22 @@ File require_input(const char* path) {
   File file = open_input(path);
   if (!file) fail_file_open();
   return file;
+}
+
+/// Length of an open file, whose position is the start again afterwards.
+std::int32_t length_of(std::FILE* file) {
+  if (fseeko(file, 0, SEEK_END) != 0) fail_file_open();
+  const off_t length = ftello(file);
+  if (length < 0 || length > std::numeric_limits<std::int32_t>::max()) fail_file_open();
+  std::rewind(file);
+  return static_cast<std::int32_t>(length);
+}
+
+/// Reads at most `count` bytes and, unlike read_file, stops at the end of the file or an error:
+/// some files deliver less than their length says. @return the bytes that arrived.
+std::int32_t read_what_there_is(std::FILE* file, std::uint8_t* destination, std::int32_t count) {
+  return static_cast<std::int32_t>(
+      std::fread(destination, 1, static_cast<std::size_t>(count), file));
 }
 
 /// Opens for writing without waiting for a pipe's reader. Null when it cannot be done.
@@ -83,11 +100,7 @@ void fail_file_open() {
 }
 
 std::int32_t get_file_length(const char* path) {
-  const File file = require_input(path);
-  if (fseeko(file.get(), 0, SEEK_END) != 0) fail_file_open();
-  const off_t length = ftello(file.get());
-  if (length < 0 || length > std::numeric_limits<std::int32_t>::max()) fail_file_open();
-  return static_cast<std::int32_t>(length);
+  return length_of(require_input(path).get());
 }
 
 int read_file(const char* path, std::uint8_t* destination, std::int32_t count) {
@@ -112,14 +125,21 @@ int write_private_file(const char* path, const std::uint8_t* source, std::int32_
 
 std::int32_t read_record(const char* path, std::uint8_t* record, std::int32_t size) {
   std::fill_n(record, size, std::uint8_t{0});
-  const std::int32_t length = get_file_length(path);
-  read_file(path, record, std::min(length, size));
+  const File file = require_input(path);
+  const std::int32_t length = length_of(file.get());
+  read_what_there_is(file.get(), record, std::min(length, size));
   return length;
 }
 
 std::int32_t read_whole_or_abort(const char* path, std::uint8_t* buffer, std::int32_t capacity) {
-  if (get_file_length(path) > capacity) abort_on_overflow();
-  return read_record(path, buffer, capacity);
+  const std::int32_t length = read_record(path, buffer, capacity);
+  if (length > capacity) abort_on_overflow();
+  return length;
+}
+
+void read_whole_or_fail(const char* path, std::uint8_t* buffer, std::int32_t length) {
+  const File file = require_input(path);
+  if (read_what_there_is(file.get(), buffer, length) != length) fail_file_open();
 }
 
 void write_in_blocks(std::FILE* file, const std::uint8_t* source, std::int32_t count) {

@@ -29,12 +29,16 @@ int write_private_file(const char* path, const std::uint8_t* source, std::int32_
 
 /// Reads a record of fixed size: clears the `size` bytes of `record`, then reads as many as the
 /// file has. What a shorter file lacks stays zero; what a longer one has beyond is ignored.
-/// @return the file's length in bytes.
+/// @return the file's length in bytes, which may be above `size`.
 std::int32_t read_record(const char* path, std::uint8_t* record, std::int32_t size);
 
 /// Reads a whole file into a buffer of `capacity` bytes, cleared first. A longer file aborts.
 /// @return the file's length in bytes.
 std::int32_t read_whole_or_abort(const char* path, std::uint8_t* buffer, std::int32_t capacity);
+
+/// Reads a file of `length` bytes, as get_file_length gave it. One that turns out shorter ends the
+/// process as fail_file_open does.
+void read_whole_or_fail(const char* path, std::uint8_t* buffer, std::int32_t length);
 
 /// The writing loop of write_file: one request for each whole 256 bytes, then one for the
 /// remainder, also when that is empty; a single request when there are fewer than 256.

@@ -95,8 +95,7 @@ bool must_abort(const Scheme& scheme, Role role, const Bytes& file) {
     case Role::public_key:
     case Role::proof:
       return scheme.is_v11() ? word_at(padded(file, 308), 36) > 1024 : file.size() > 1024;
-    case Role::private_key:  // one scheme takes the record's size from a longer file
-      return !scheme.is_v11() && file.size() > 2048;
+    case Role::private_key:
     case Role::root_private:
       return file.size() > 2048;
     default:

@@ -102,17 +102,25 @@ TEST(Files, ReaderKeepsAskingAShortFile) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(Files, TooLargeOnesEndTheProcess) {
+TEST(Files, UnusableInputsEndTheProcess) {
   const WorkingDirectory here;
+  const auto expect_end = [](auto ask) {
+    const auto ask_aloud = [&] {
+      dup2(STDERR_FILENO, STDOUT_FILENO);
+      ask();
+    };
+    EXPECT_EXIT(ask_aloud(), testing::ExitedWithCode(255), "^file open error\n$");
+  };
+  write_bytes("file", counted_bytes(10));
+  Bytes read(11);
+  read_whole_or_fail("file", read.data(), 10);
+  EXPECT_EQ(slice(read, 0, 10), counted_bytes(10));
+  expect_end([&] { read_whole_or_fail("file", read.data(), 11); });  // it has shrunk
   write_bytes("large", {});
   std::filesystem::resize_file("large", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
   EXPECT_EQ(get_file_length("large"), 0x7FFFFFFF);
   std::filesystem::resize_file("large", std::uintmax_t{1} << 31);
-  const auto ask = [] {
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    get_file_length("large");
-  };
-  EXPECT_EXIT(ask(), testing::ExitedWithCode(255), "^file open error\n$");
+  expect_end([] { get_file_length("large"); });
 }
 
 TEST(Files, UnusableOutputIsReportedByItsMessageLength) {
