@@ -106,7 +106,7 @@ TEST_P(BadInput11, LengthsAndFields) {
       {scheme.efuse, resize(10), seal1, 0, not_signed_line[1]},  // 0xFFF30000
       {scheme.efuse, resize(24), seal1, 0, not_signed_line[1]},
       {scheme.root_private, resize(600), seal1, 0, signed_line[1]},  // n and d are whole
-      {private_key, resize(2048), seal2, 0, signed_line[2]},  // takes the record's size
+      {private_key, resize(2048), seal2, 0, signed_line[2]},         // takes the record's size
       {public_key, resize(4000), check2, 0, verified_line[2]},
       {public_key, word(36, 1024), check2, 255, refused_line[2]},
       {public_key, word(36, 1025), check2, 0, "", SIGABRT},
