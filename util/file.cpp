@@ -109,7 +109,7 @@ int read_file(const char* path, std::uint8_t* destination, std::int32_t count) {
   while (got < count) {
     // No test for the end of the file or an error, on purpose.
     std::clearerr(file.get());
-    const std::size_t wanted = static_cast<std::size_t>(count - got);
+    const auto wanted = static_cast<std::size_t>(count - got);
     got += static_cast<std::int32_t>(std::fread(destination + got, 1, wanted, file.get()));
   }
   return std::fclose(file.release());

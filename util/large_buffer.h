@@ -16,7 +16,7 @@ class LargeBuffer {
   LargeBuffer& operator=(const LargeBuffer&) = delete;
   LargeBuffer& operator=(LargeBuffer&&) = delete;
 
-  std::uint8_t* data() const { return data_; }
+  [[nodiscard]] std::uint8_t* data() const { return data_; }
 
  private:
   void* mapping_ = nullptr;  // null when the memory comes from the heap
