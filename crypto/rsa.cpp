@@ -24,10 +24,10 @@ constexpr std::uint8_t below_top_bit = 0x7F;
 constexpr std::uint32_t digits_1024 = 32;
 constexpr std::uint32_t digits_2048 = 64;
 // Where the numbers stand in the two forms of a public key.
-constexpr std::uint32_t exponent_at_1024 = 128;
-constexpr std::uint32_t modulus_at_2048 = 4;
-constexpr std::uint32_t exponent_length_at_2048 = 260;
-constexpr std::uint32_t exponent_at_2048 = 264;
+constexpr std::size_t exponent_at_1024 = offsetof(RsaPublicKey1024, e);
+constexpr std::size_t modulus_at_2048 = offsetof(RsaPublicKey2048, n);
+constexpr std::size_t exponent_length_at_2048 = offsetof(RsaPublicKey2048, eLen);
+constexpr std::size_t exponent_at_2048 = offsetof(RsaPublicKey2048, e);
 
 constexpr Sha1StepCodes verifying_codes = {VERIFY_ERR_SHA1_INIT, VERIFY_ERR_SHA1_UPDATE,
                                            VERIFY_ERR_SHA1_FINAL};

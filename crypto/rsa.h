@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "crypto/bn.h"
@@ -12,12 +13,29 @@
 // Numbers cross every interface as digit arrays: a signature or key number as bytes is the number
 // in little-endian order, 4 x (digit count) bytes long. Only the encoded message is big-endian.
 //
-// A public key as the verification wrappers take it; the signature length selects the form:
-//   128 bytes: n (128 bytes), e (4)
-//   256 bytes: u32 byte length of n (256), n (256 bytes), u32 byte length of e (4), e (4)
+// A public key as the verification wrappers take it has one of two forms, which the signature
+// length selects.
 
 inline constexpr std::uint32_t signature_bytes_1024 = 128;
 inline constexpr std::uint32_t signature_bytes_2048 = 256;
+
+/// Public key that goes with signatures of 128 bytes.
+struct RsaPublicKey1024 {
+  std::uint8_t n[128];
+  std::uint8_t e[4];
+};
+static_assert(sizeof(RsaPublicKey1024) == 132);
+
+/// Public key that goes with signatures of 256 bytes; the lengths are those of n and e in bytes.
+struct RsaPublicKey2048 {
+  std::uint32_t nLen;  // 256
+  std::uint8_t n[256];
+  std::uint32_t eLen;  // 4
+  std::uint8_t e[4];
+};
+static_assert(sizeof(RsaPublicKey2048) == 268);
+static_assert(offsetof(RsaPublicKey2048, eLen) == 260);
+
 inline constexpr std::uint32_t pss_salt_length = 20;  // bytes, for every signature made here
 
 inline constexpr std::int32_t rsa_mode_plain = 0;  // key items n, d
