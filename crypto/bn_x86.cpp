@@ -241,7 +241,7 @@ bool mod_mul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::size
 }  // namespace
 
 bool bn_words_take(const Digit* m, std::uint32_t mLen) {
-  return crypto_paths().bn && mLen != 0 && mLen % (digits_per_word * unroll) == 0 &&
+  return crypto_paths().bn_rows && mLen != 0 && mLen % (digits_per_word * unroll) == 0 &&
          mLen <= digits_per_word * max_words && (m[mLen - 1] & digit_top_bit) != 0;
 }
 

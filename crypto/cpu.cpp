@@ -30,7 +30,8 @@ CryptoPaths available_crypto_paths() {
   if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) return paths;
   constexpr unsigned bit_sha_extensions = 1U << 29;
   paths.sha1 = sse41 && (ebx & bit_sha_extensions) != 0;
-  paths.bn = (ebx & bit_BMI2) != 0;
+  paths.bn_words = (ebx & bit_BMI2) != 0;
+  paths.bn_rows = paths.bn_words;
 #endif
   return paths;
 }
@@ -38,5 +39,6 @@ CryptoPaths available_crypto_paths() {
 void force_crypto_paths(const CryptoPaths& wanted) {
   const CryptoPaths available = available_crypto_paths();
   paths_in_force() = {wanted.sha1 && available.sha1, wanted.aes && available.aes,
-                      wanted.bn && available.bn};
+                      wanted.bn_words && available.bn_words,
+                      wanted.bn_words && wanted.bn_rows && available.bn_rows};
 }

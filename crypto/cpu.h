@@ -4,9 +4,10 @@
 // reports, and give the same results as the portable code bit for bit.
 
 struct CryptoPaths {
-  bool sha1;  // SHA-1 by the x86 SHA extensions
-  bool aes;   // AES by AES-NI
-  bool bn;    // big numbers on 64-bit words (BMI2)
+  bool sha1;      // SHA-1 by the x86 SHA extensions
+  bool aes;       // AES by AES-NI
+  bool bn_words;  // big numbers on 64-bit words
+  bool bn_rows;   // their rows in x86 assembly (BMI2)
 };
 
 /// The paths in force, which every dispatching function consults.

@@ -15,12 +15,13 @@ class FuzzInput {
   /// Also puts the portable paths or those of this processor in force, as the first byte says.
   FuzzInput(const std::uint8_t* data, std::size_t size) : next_(data), left_(size) {
     const std::uint8_t portable = byte();
-    force_crypto_paths({(portable & 1) == 0, (portable & 2) == 0, (portable & 4) == 0});
+    force_crypto_paths(
+        {(portable & 1) == 0, (portable & 2) == 0, (portable & 4) == 0, (portable & 8) == 0});
   }
   /// The key list that ends the input. Wide keys sign on the fastest path only, for speed.
   Bytes key_list() {
     Bytes list = rest(2048);
-    if (list.size() > 400) force_crypto_paths({true, true, true});
+    if (list.size() > 400) force_crypto_paths({true, true, true, true});
     return list;
   }
 

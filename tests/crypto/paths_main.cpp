@@ -17,9 +17,10 @@ TEST(Paths, TheOnesAskedForAreInForce) {
   const CryptoPaths available = available_crypto_paths();
   EXPECT_EQ(crypto_paths().sha1, available.sha1 && !masked);
   EXPECT_EQ(crypto_paths().aes, available.aes && !masked);
-  EXPECT_EQ(crypto_paths().bn, available.bn && !masked);
+  EXPECT_EQ(crypto_paths().bn_words, available.bn_words && !masked);
+  EXPECT_EQ(crypto_paths().bn_rows, available.bn_rows && !masked);
   const std::vector<Digit> modulus(32, 0xFFFFFFFF);
-  EXPECT_EQ(bn_words_take(modulus.data(), 32), available.bn && !masked);
+  EXPECT_EQ(bn_words_take(modulus.data(), 32), available.bn_words && !masked);
   EXPECT_FALSE(bn_words_take(modulus.data(), 31));
 }
 
