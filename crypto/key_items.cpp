@@ -14,6 +14,16 @@ bool has_top_bit(const Digit* number, std::uint32_t digit_count) {
 
 }  // namespace
 
+bool read_item_bytes(KeyItemCursor& cursor, ByteView& number) {
+  if (cursor.left < length_prefix_bytes) return false;
+  const std::uint32_t length = load_le32(cursor.next);
+  if (length > cursor.left - length_prefix_bytes) return false;
+  number = {cursor.next + length_prefix_bytes, length};
+  cursor.next += length_prefix_bytes + length;
+  cursor.left -= length_prefix_bytes + length;
+  return true;
+}
+
 bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
                    std::uint32_t& digit_count) {
   if (cursor.left < length_prefix_bytes) return false;

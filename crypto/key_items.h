@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "crypto/bn.h"
+#include "crypto/bytes.h"
 #include "crypto/rsa_key.h"
 
 // The serialised private key: packed items of (u32 byte length, that many bytes of digits), all
@@ -19,6 +20,10 @@ struct KeyItemCursor {
   const std::uint8_t* next;
   std::uint32_t left;  // bytes
 };
+
+/// Takes the bytes of the next item, all that its length states.
+/// @return false, with the cursor where it was, when the item passes the end of the list.
+bool read_item_bytes(KeyItemCursor& cursor, ByteView& number);
 
 /// Reads the next item into `digits` of room for `capacity` digits and stores its digit count.
 /// @return false, with nothing written, when the item passes the capacity or the end of the list.

@@ -1,9 +1,16 @@
-#include "front/entry.h"
-#include "front/sb10_driver.h"
-#include "front/sb20_driver.h"
-#include "front/usage.h"
+// The road of a command, so that a newcomer finds the bytes in three hops:
+//   main -> dispatch chooses the driver of a scheme; drivers.cpp and client_drivers.cpp are tables
+//   -> root_commands.cpp and stage2_commands.cpp: each command, read from top to bottom
+//   -> sb20/ and sb10/, the same rooms in both: key_pair, stage1, stage2 load, print and store;
+//      public_key_info, boot_context and code_encryption compute; records.h is every byte layout
+//   -> scheme/ is what both share, crypto/ the library, util/ files and how a run ends.
+
+#include "front/drivers.h"
+#include "front/texts.h"
+#include "util/early_end.h"
 
 /// The full tool. The exit status is the low byte of the command's status.
 int main(int argc, char** argv) {
-  return run_driver(argc, argv, {sb10_main, sb20_main, print_SB20_Usage});
+  forbid_core_dumps();
+  return run_main(argc, argv, {sb10_main, sb20_main, print_SB20_Usage});
 }

@@ -5,7 +5,7 @@
 #include "fuzz/judge.h"
 #include "sb10/boot_context.h"
 #include "sb20/boot_context.h"
-#include "sb20/status.h"
+#include "scheme/status.h"
 #include "tests/support/files.h"
 
 namespace {

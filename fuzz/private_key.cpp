@@ -4,14 +4,13 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "crypto/checked_signature.h"
 #include "crypto/key_items.h"
 #include "fuzz/judge.h"
-#include "sb10/key_buffers.h"
+#include "sb10/key_store.h"
 #include "sb10/stage2.h"
-#include "sb20/checked_signature.h"
-#include "sb20/key_buffers.h"
-#include "sb20/key_files.h"
 #include "sb20/stage2.h"
+#include "scheme/private_key_file.h"
 
 namespace {
 
@@ -55,8 +54,7 @@ void use_list(const Bytes& list, bool crt, const Bytes& message) {
                         room);
     require(signature == signature_after, "signature of this size");
     expect(list, crt, message, room, SIGN_ERR_RSA, [&](auto* public_key, auto* signature) {
-      return sign_message_checked(crt ? 1 : 0, list.data(), length_of(list), public_key,
-                                  message.data(), length_of(message), signature, room);
+      return sign_message_checked({signature, room}, {crt ? 1 : 0, list}, public_key, message);
     });
   }
 }
@@ -71,7 +69,7 @@ void sign_stage2(Bytes record, bool crt, const Bytes& message) {
   const Status opened = do_PrivateKey_Decrypt(mode, record.data(), length_of(record));
   Bytes list = record;
   if (crt) {
-    list.resize(record.size() - std::min<std::size_t>(record.size(), sb20_key_file_tail));
+    list.resize(record.size() - std::min<std::size_t>(record.size(), 12));
   } else {
     list.clear();
     for (const std::size_t at : {36U, 168U}) {
@@ -101,7 +99,7 @@ void read_public_key(Bytes record) {
     judged.insert(judged.end(), &record[172], &record[172] + e_length);
   }
   judged.resize(public_key_capacity);
-  read_sb10_public_key_file(path.c_str());
+  load_sb10_stage2_public_key(path.c_str());
   require(std::ranges::equal(publicKey, judged), "public key of a file");
 }
 

@@ -2,93 +2,121 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
+#include "crypto/checked_signature.h"
 #include "crypto/key_items.h"
-#include "crypto/prime.h"
-#include "crypto/rsa.h"
-#include "sb10/key_buffers.h"
-#include "sb10/key_files.h"
-#include "sb20/checked_signature.h"
-#include "sb20/key_buffers.h"
-#include "sb20/key_pair.h"
-#include "sb20/private_key_file.h"
+#include "crypto/wipe.h"
+#include "sb10/key_store.h"
+#include "sb10/public_key_info.h"
+#include "scheme/key_pair.h"
+#include "scheme/private_key_file.h"
+#include "scheme/status.h"
 #include "util/file.h"
 
 namespace {
 
 constexpr Digit public_exponent = 65537;
 constexpr std::uint32_t modulus_bits = 1024;
+constexpr std::uint32_t header_length = 28;
 
-/// "publicKeyInfo.dat": the root public-key info and its proof of possession.
-struct Sb10PublicKeyInfoFile {
-  Sb10PublicKeyInfo publicKeyInfo;
-  std::uint8_t popSignature[128];
+/// A new key as its files hold it.
+struct NewKey {
+  std::uint8_t efuse_data[sb10_efuse_length];
+  Sb10PublicKeyInfo info;
+  Sb10PrivateKeyItems items;
 };
-static_assert(sizeof(Sb10PublicKeyInfoFile) == 280);
 
-/// Serialises the key at full width. The exponent e is not stored.
-void store_key_items(const ZEB_RSA_PRIVATE_KEY& key) {
-  std::fill(std::begin(privateKey), std::end(privateKey), std::uint8_t{0});
-  privateKeyLen = 0;
-  append_key_item(privateKey, privateKeyLen, key.n, key.nWords);
-  append_key_item(privateKey, privateKeyLen, key.d, key.dWords);
-  append_key_item(privateKey, privateKeyLen, key.p, key.pWords);
-  append_key_item(privateKey, privateKeyLen, key.q, key.qWords);
-  append_key_item(privateKey, privateKeyLen, key.dP, key.dPWords);
-  append_key_item(privateKey, privateKeyLen, key.dQ, key.dQWords);
-  append_key_item(privateKey, privateKeyLen, key.qInv, key.qInvWords);
+Status make_key(NewKey& made) {
+  ZEB_RSA_PRIVATE_KEY key;
+  const WipeOnExit key_guard(key);
+  make_rsa_key(key, public_exponent, modulus_bits);
+  const KeyNumber numbers[] = {
+      {key.n, key.nWords},   {key.d, key.dWords},   {key.p, key.pWords},      {key.q, key.qWords},
+      {key.dP, key.dPWords}, {key.dQ, key.dQWords}, {key.qInv, key.qInvWords}};
+  write_item_list(writable_view_of(made.items), numbers);
+  std::uint32_t efuse_length = sizeof made.efuse_data;
+  return Generate_SB10_PublicKeyInfo(nullptr, 0, key.n, key.nWords, key.e, key.eWords,
+                                     made.efuse_data, &efuse_length, &made.info);
 }
 
-/// Signs with the new key in `privateKey` and checks the result under its public part.
-Status prove_possession(const std::uint8_t* message, std::uint32_t message_length,
-                        std::uint8_t* signature) {
-  const auto* public_key = reinterpret_cast<const std::uint8_t*>(&sb10_Context.publicKeyInfo.key);
-  return sign_message_checked(rsa_mode_plain, privateKey, privateKeyLen, public_key, message,
-                              message_length, signature, signature_bytes_1024);
+/// Signs with the new key and checks the result under its public part.
+Status prove_possession(WritableBytes signature, const NewKey& key, ByteView message) {
+  return sign_message_checked(signature, {rsa_mode_plain, view_of(key.items)},
+                              view_of(key.info.key).data(), message);
 }
 
-Status write_root_set() {
-  Sb10PublicKeyInfoFile file = {sb10_Context.publicKeyInfo, {}};
-  const Status status = prove_possession(reinterpret_cast<const std::uint8_t*>(&file.publicKeyInfo),
-                                         sizeof file.publicKeyInfo, file.popSignature);
+void encrypt(WritableBytes record) {
+  // The status can be dropped: the records are whole blocks.
+  do_PrivateKey_Encrypt(key_file_mode_v11, record.data(), length_of(record));
+}
+
+Status write_root_set(const NewKey& key) {
+  Sb10PublicKeyInfoFile public_file = {key.info, {}};
+  const Status status = prove_possession(public_file.popSignature, key, view_of(key.info));
   if (status != ZEB_SUCCESS) return status;
-  std::memcpy(publicKey, &file, sizeof file);
-  publicKeyLen = sizeof file;
-  privateKeyLen += sb10_key_file_tail;
-  // The status is not looked at, on purpose: the length is always whole blocks.
-  do_PrivateKey_Encrypt(key_file_mode_v11, privateKey, privateKeyLen);
-  write_file(sb10_public_key_info_file, publicKey, sizeof file);
-  write_file(sb10_efuse_file, sb10_eFuseData, sizeof sb10_eFuseData);
-  write_private_file(sb10_private_key_file, privateKey, static_cast<std::int32_t>(privateKeyLen));
+  Sb10RootPrivateKeyFile private_file = {key.items, {}};
+  const WipeOnExit private_guard(private_file);
+  encrypt(writable_view_of(private_file));
+  const OutputFile set[] = {
+      {sb10_public_key_info_file, view_of(public_file), FileAccess::by_umask},
+      {sb10_efuse_file, key.efuse_data, FileAccess::by_umask},
+      {sb10_private_key_file, view_of(private_file), FileAccess::owner_only},
+  };
+  write_file_set(set);
   return ZEB_SUCCESS;
 }
 
-Status write_stage2_pair(const KeyFileName& public_name, const KeyFileName& private_name) {
-  constexpr char text[] = "1.0, Pub, RSA-1024";
-  const Sb10PublicKey& key = sb10_Context.publicKeyInfo.key;
-  Sb10PublicKeyFile& file = sb10_pubkey_file;
+void start_private_file(Sb10PrivateKeyFile& file) {
+  constexpr char text[] = "1.0, Priv, RSA-1024, CRT";
+  static_assert(sizeof text - 1 == sizeof file.text);
   file = {};
-  file.header_length = 28;
-  std::memcpy(file.text, text, sizeof text);
-  file.signed_length = sb10_signed_length;
-  file.n_length = sizeof file.n;
-  std::memcpy(file.n, key.n, sizeof file.n);
-  file.e_length = sizeof file.e;
-  std::memcpy(file.e, key.e, sizeof file.e);
-  file.signature_length = sizeof file.signature;
-  auto* record = reinterpret_cast<std::uint8_t*>(&file);
-  const Status status =
-      prove_possession(record + sb10_signed_offset, sb10_signed_length, file.signature);
-  if (status != ZEB_SUCCESS) return status;
-  write_file(public_name.data(), record, sizeof file);
+  file.header_length = header_length;
+  std::memcpy(file.text, text, sizeof file.text);
+  file.items_length = sizeof file.items;
+}
 
-  start_sb10_private_key_file(&sb10_privkey_file);
-  std::copy_n(privateKey, sizeof sb10_privkey_file.items, sb10_privkey_file.items);
-  auto* private_record = reinterpret_cast<std::uint8_t*>(&sb10_privkey_file);
-  do_PrivateKey_Encrypt(key_file_mode_v11, private_record, sizeof sb10_privkey_file);
-  write_private_file(private_name.data(), private_record, sizeof sb10_privkey_file);
+void fill_public_file(Sb10PublicKeyFile& file, const RsaPublicKey1024& key) {
+  constexpr char text[] = "1.0, Pub, RSA-1024";
+  file = {};
+  file.header_length = header_length;
+  std::memcpy(file.text, text, sizeof text);
+  file.signed_length = sizeof file.n + sizeof file.e;
+  file.n.length = sizeof file.n.number;
+  std::memcpy(file.n.number, key.n, sizeof key.n);
+  file.e.length = sizeof file.e.number;
+  std::memcpy(file.e.number, key.e, sizeof key.e);
+  file.signature_length = sizeof file.signature;
+}
+
+Status write_stage2_pair(const NewKey& key, const FileName& public_name,
+                         const FileName& private_name) {
+  Sb10PublicKeyFile public_file;
+  fill_public_file(public_file, key.info.key);
+  const ByteView message =
+      view_of(public_file).subspan(offsetof(Sb10PublicKeyFile, n), public_file.signed_length);
+  const Status status = prove_possession(public_file.signature, key, message);
+  if (status != ZEB_SUCCESS) return status;
+  Sb10PrivateKeyFile private_file;
+  const WipeOnExit private_guard(private_file);
+  start_private_file(private_file);
+  private_file.items = key.items;
+  encrypt(writable_view_of(private_file));
+  const OutputFile set[] = {
+      {public_name.data(), view_of(public_file), FileAccess::by_umask},
+      {private_name.data(), view_of(private_file), FileAccess::owner_only},
+  };
+  write_file_set(set);
   return ZEB_SUCCESS;
+}
+
+/// Moves the next item of a list to its slot. False when it does not fit.
+bool take_item(WritableBytes slot, KeyItemCursor& cursor) {
+  ByteView number;
+  if (!read_item_bytes(cursor, number)) return false;
+  if (number.size() > slot.size() - sizeof(std::uint32_t)) return false;
+  store_le32(slot.data(), length_of(number));
+  std::copy(number.begin(), number.end(), slot.begin() + sizeof(std::uint32_t));
+  return true;
 }
 
 }  // namespace
@@ -97,20 +125,31 @@ Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const bool is_root = mode == root_key_mode;
   // Names first: one that is too long aborts before anything is made.
   const char* base = is_root ? "" : baseName;
-  const KeyFileName public_name = make_key_file_name(base, sb10_public_key_suffix);
-  const KeyFileName private_name = make_key_file_name(base, sb10_private_key_suffix);
+  const FileName public_name = join_file_name(base, ".spk");
+  const FileName private_name = join_file_name(base, ".prv");
 
-  ZEB_RSA_PRIVATE_KEY key = {};
-  key.e[0] = public_exponent;
-  key.eWords = 1;
-  ZEB_RSA_KeyGen(&key, modulus_bits);
-
-  sb10_eFuseDataLen = sizeof sb10_eFuseData;
-  std::fill(std::begin(sb10_eFuseData), std::end(sb10_eFuseData), std::uint8_t{0});
-  const Status status =
-      Generate_SB10_PublicKeyInfo(nullptr, 0, key.n, key.nWords, key.e, key.eWords, sb10_eFuseData,
-                                  &sb10_eFuseDataLen, &sb10_Context.publicKeyInfo);
+  NewKey key = {};
+  const WipeOnExit key_guard(key);
+  const Status status = make_key(key);
   if (status != ZEB_SUCCESS) return status;
-  store_key_items(key);
-  return is_root ? write_root_set() : write_stage2_pair(public_name, private_name);
+  return is_root ? write_root_set(key) : write_stage2_pair(key, public_name, private_name);
+}
+
+Status convert_To_OldPrivateKey(const std::uint8_t* keyRecord, std::uint32_t /*keyRecordLen*/,
+                                std::uint8_t* out) {
+  Sb10PrivateKeyFile file;
+  const WipeOnExit file_guard(file);
+  start_private_file(file);
+  Sb10PrivateKeyItems& items = file.items;
+  const WritableBytes slots[] = {writable_view_of(items.n),   writable_view_of(items.d),
+                                 writable_view_of(items.p),   writable_view_of(items.q),
+                                 writable_view_of(items.dP),  writable_view_of(items.dQ),
+                                 writable_view_of(items.qInv)};
+  // The record's length is not known; the slots bound how far it is read.
+  KeyItemCursor cursor = {keyRecord, sizeof items};
+  for (const WritableBytes slot : slots) {
+    if (!take_item(slot, cursor)) return CIPHER_ERR_SETUP;
+  }
+  std::memcpy(out, &file, sizeof file);
+  return do_PrivateKey_Encrypt(key_file_mode_v11, out, sizeof file);
 }

@@ -1,9 +1,12 @@
 #include "sb10/public_key_info.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
-#include "sb20/key_binding.h"
-#include "sb20/status.h"
+#include "crypto/wipe.h"
+#include "scheme/key_binding.h"
+#include "scheme/status.h"
 
 // clang-format off
 const std::uint8_t sb10_hMacKey[16] = {
@@ -14,12 +17,9 @@ const std::uint32_t sb10_hMacKeyLen = sizeof sb10_hMacKey;
 
 namespace {
 
-constexpr KeyBinding binding = {sizeof(Sb10PublicKey), sb10_efuse_length};
+constexpr KeyBinding binding = {sizeof(RsaPublicKey1024), sb10_efuse_length};
 constexpr std::uint32_t refused_modulus_words = 128;
-
-std::uint8_t* bytes_of(Sb10PublicKeyInfo* info) {
-  return reinterpret_cast<std::uint8_t*>(info);
-}
+constexpr std::size_t signed_offset = offsetof(Sb10PublicKeyFile, n);
 
 }  // namespace
 
@@ -27,7 +27,7 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
                                    const Digit* n, std::uint32_t nWords, const Digit* e,
                                    std::uint32_t eWords, std::uint8_t* eFuseOut,
                                    std::uint32_t* eFuseLen, Sb10PublicKeyInfo* info) {
-  // The digit count is compared with a byte count, on purpose; a 1024-bit modulus has 32 digits.
+  // Quirk: a digit count is compared with a byte count; the refusal of 128 digits depends on it.
   if (*eFuseLen < sb10_efuse_length || nWords == refused_modulus_words) return INFO_ERR_ARGUMENT;
   if (nWords > sizeof info->key.n / digit_bytes || eWords > sizeof info->key.e / digit_bytes) {
     return INFO_ERR_ARGUMENT;
@@ -35,10 +35,38 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
   *info = {};
   std::memcpy(info->key.n, n, std::size_t{digit_bytes} * nWords);
   std::memcpy(info->key.e, e, std::size_t{digit_bytes} * eWords);
-  return bind_public_key(binding, givenKey, givenKeyLen, bytes_of(info), eFuseOut, eFuseLen);
+  return bind_public_key(binding, givenKey, givenKeyLen, writable_view_of(*info).data(), eFuseOut,
+                         eFuseLen);
 }
 
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info) {
-  return validate_key_binding(binding, eFuse, eFuseLen, bytes_of(info));
+  return validate_key_binding(binding, eFuse, eFuseLen, writable_view_of(*info).data());
+}
+
+std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file) {
+  constexpr std::size_t n_offset = offsetof(Sb10PublicKeyFile, n.number);
+  constexpr std::size_t e_offset = offsetof(Sb10PublicKeyFile, e.number);
+  const ByteView record = view_of(file);
+  std::fill(key.begin(), key.end(), std::uint8_t{0});
+  const bool inside =
+      file.n.length <= record.size() - n_offset && file.e.length <= record.size() - e_offset;
+  if (inside) {
+    std::copy_n(record.begin() + n_offset, file.n.length, key.begin());
+    std::copy_n(record.begin() + e_offset, file.e.length, key.begin() + file.n.length);
+  }
+  return file.n.length + file.e.length;
+}
+
+Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key) {
+  // A block that runs past the file's record was never signed.
+  if (file.signed_length > sizeof file - signed_offset) return VERIFY_ERR_RSA;
+  // What a longer signature would have past the record is zero.
+  std::array<std::uint8_t, signature_bytes_2048> signature = {};
+  std::copy(std::begin(file.signature), std::end(file.signature), signature.begin());
+  const Status status =
+      Verify_PSS_RSASignature2(key.data(), length_of(key), view_of(file).data() + signed_offset,
+                               file.signed_length, signature.data(), file.signature_length);
+  if (status != ZEB_SUCCESS) wipe(file.signature, sizeof file.signature);
+  return status;
 }

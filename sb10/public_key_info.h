@@ -1,31 +1,14 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "crypto/bn.h"
-#include "crypto/sha1.h"
+#include "crypto/bytes.h"
 #include "crypto/status.h"
+#include "sb10/records.h"
 
-inline constexpr std::uint32_t sb10_efuse_length = 16;  // bytes
-
-/// Public key as every v1.1 verifier takes it.
-struct Sb10PublicKey {
-  std::uint8_t n[128];
-  std::uint8_t e[4];
-};
-static_assert(sizeof(Sb10PublicKey) == 132);
-
-/// A root public key bound to the eFuse data: eFuse data = hmac[0..15] XOR the HMAC key.
-struct Sb10PublicKeyInfo {
-  Sb10PublicKey key;
-  std::uint8_t hmac[sha1_digest_length];  // HMAC-SHA-1 over `key`
-};
-static_assert(sizeof(Sb10PublicKeyInfo) == 152);
-static_assert(offsetof(Sb10PublicKeyInfo, hmac) == 132);
-
-/// HMAC key constant of the scheme. No operation reads it, on purpose: the HMAC key is drawn at
-/// generation and recovered from the eFuse data at validation.
+/// HMAC key constant of the scheme. No operation reads it: the HMAC key is drawn at generation and
+/// recovered from the eFuse data at validation.
 extern const std::uint8_t sb10_hMacKey[16];
 extern const std::uint32_t sb10_hMacKeyLen;
 
@@ -38,7 +21,19 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
                                    std::uint32_t eWords, std::uint8_t* eFuseOut,
                                    std::uint32_t* eFuseLen, Sb10PublicKeyInfo* info);
 
-/// Checks that `info` belongs to the eFuse data. On a mismatch the info is wiped, on purpose.
+/// Checks that `info` belongs to the eFuse data. On a mismatch the info is wiped.
 /// @return 0; INFO_ERR_ARGUMENT when eFuseLen is not 16; INFO_ERR_HMAC_...; INFO_ERR_MISMATCH.
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info);
+
+/// Puts n and e of a stage-2 public-key file, as long as the file says they are, one after the
+/// other into the cleared `key` of at least 616 bytes, twice the record. Lengths that run past the
+/// record leave a key of zeros, which verifies nothing.
+/// @return the sum of both stated lengths.
+std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file);
+
+/// Checks the proof of possession in a stage-2 public-key file with its `key`, as join_sb10_key put
+/// it into at least 520 bytes: what the signature covers and how long it is, the file says. A
+/// signature that fails is wiped.
+/// @return 0; VERIFY_ERR_...
+Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key);

@@ -4,13 +4,11 @@
 #include <cstring>
 
 #include "crypto/aes_cbc.h"
+#include "crypto/bytes.h"
 #include "crypto/mem.h"
 #include "crypto/sha1.h"
-#include "sb20/efuse_file.h"
-#include "sb20/key_buffers.h"
-#include "sb20/key_files.h"
-#include "sb20/status.h"
-#include "util/file.h"
+#include "crypto/wipe.h"
+#include "scheme/status.h"
 #include "util/large_buffer.h"
 
 namespace {
@@ -22,6 +20,7 @@ constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARA
 Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                      const SB20_CONTEXT* context) {
   std::uint8_t key[parameter_length];
+  const WipeOnExit key_guard(key);
   std::uint8_t iv[parameter_length];
   const std::uint32_t length = parameter_length;
   const Status status = Make_AES_Param(eFuse, eFuseLen, context, key, &length, iv, &length);
@@ -34,23 +33,12 @@ Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
   std::uint32_t opened = 0;
   std::uint32_t last = 0;
-  if (ZEB_AES_CBC_DecInit(&cipher) != 0 ||
-      ZEB_AES_CBC_DecUpdate(&cipher, code, codeLen, code, &opened) != 0 ||
-      ZEB_AES_CBC_DecFinal(&cipher, code + opened, &last) != 0) {
+  if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
+      ZEB_AES_CBC_DecUpdate(&cipher, code, codeLen, code, &opened) != ZEB_SUCCESS ||
+      ZEB_AES_CBC_DecFinal(&cipher, code + opened, &last) != ZEB_SUCCESS) {
     return CIPHER_ERR_OPEN;
   }
   return ZEB_SUCCESS;
-}
-
-/// The files that the standalone helpers work with. `info_length` bytes of the public-key info file
-/// go into the context from the info on.
-void load_efuse_and_info(std::int32_t info_length) {
-  read_sb20_efuse_file();
-  sb20_Context = {};
-  read_record(
-      sb20_public_key_info_file,
-      reinterpret_cast<std::uint8_t*>(&sb20_Context) + offsetof(SB20_CONTEXT, publicKeyInfo),
-      info_length);
 }
 
 }  // namespace
@@ -67,8 +55,8 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
   std::fill_n(ivOut, parameter_length, std::uint8_t{0});
   tmkx_memxor(keyOut, info.hmac, eFuse, parameter_length);
   std::uint8_t digest[sha1_digest_length];
-  const Status status = sha1_message(reinterpret_cast<const std::uint8_t*>(&info.key),
-                                     sizeof info.key, digest, parameter_codes);
+  const Status status =
+      sha1_message(view_of(info.key).data(), sizeof info.key, digest, parameter_codes);
   if (status != ZEB_SUCCESS) return status;
   std::copy_n(digest, parameter_length, ivOut);
   return ZEB_SUCCESS;
@@ -77,19 +65,20 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
 Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
+  const WipeOnExit cipher_guard(cipher);
   const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   const LargeBuffer ciphertext(codeLen);
   const LargeBuffer opened(codeLen);
   if (ciphertext.data() == nullptr || opened.data() == nullptr ||
-      ZEB_AES_CBC_EncInit(&cipher) != 0) {
+      ZEB_AES_CBC_EncInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
 
   std::uint32_t written = codeLen;
   std::uint32_t last = 0;
-  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.data(), &written) != 0 ||
-      ZEB_AES_CBC_EncFinal(&cipher, code + codeLen, &last) != 0) {
+  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.data(), &written) != ZEB_SUCCESS ||
+      ZEB_AES_CBC_EncFinal(&cipher, code + codeLen, &last) != ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
   std::memcpy(opened.data(), ciphertext.data(), codeLen);
@@ -103,19 +92,8 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
 Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
+  const WipeOnExit cipher_guard(cipher);
   const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   return decrypt_in_place(cipher, code, codeLen);
-}
-
-Status do_Encrypt(std::uint8_t* code, std::uint32_t codeLen) {
-  load_efuse_and_info(sizeof(Sb20PublicKeyInfo));
-  return Encrypt_Code(sb20_eFuseData, sb20_eFuseDataLen, &sb20_Context, code, codeLen);
-}
-
-Status do_Decrypt(std::uint8_t* code, std::uint32_t codeLen) {
-  // The whole file is taken here, on purpose, as far as the context has room behind the info; what
-  // comes after the info is not looked at.
-  load_efuse_and_info(sizeof(SB20_CONTEXT) - offsetof(SB20_CONTEXT, publicKeyInfo));
-  return Decrypt_Code(sb20_eFuseData, sb20_eFuseDataLen, &sb20_Context, code, codeLen);
 }

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "crypto/status.h"
-#include "sb20/boot_context.h"
+#include "sb20/records.h"
 
 // Stage-1 code of scheme 2.1 is AES-128-CBC encrypted without padding under parameters that only
 // the fused device can derive: key = first 16 bytes of (hmac XOR eFuse data), IV = first 16 bytes
@@ -16,7 +16,7 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                       const std::uint32_t* keyLen, std::uint8_t* ivOut, const std::uint32_t* ivLen);
 
 /// Encrypts `codeLen` bytes in place, whole blocks only, and proves the result by decrypting it.
-/// `code` has room for one more block behind it. On a failure the code is still plaintext.
+/// `code` has room for one more block after it. On a failure the code is still plaintext.
 /// @return 0; CIPHER_ERR_PARAMETER; CIPHER_ERR_SETUP; CIPHER_ERR_RUN; CIPHER_ERR_OPEN.
 Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen);
@@ -25,10 +25,3 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
 /// @return 0; CIPHER_ERR_PARAMETER; CIPHER_ERR_SETUP; CIPHER_ERR_OPEN.
 Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen);
-
-/// Encrypt_Code with "eFuseData_V21.dat" and "publicKeyInfo_V21.dat" of the working directory; a
-/// file that cannot be opened ends the process. @return what Encrypt_Code returns.
-Status do_Encrypt(std::uint8_t* code, std::uint32_t codeLen);
-
-/// Decrypt_Code with the same files. @return what Decrypt_Code returns.
-Status do_Decrypt(std::uint8_t* code, std::uint32_t codeLen);

@@ -3,18 +3,21 @@
 #include <algorithm>
 #include <array>
 
-#include "crypto/mem.h"
+#include "crypto/aes_cbc.h"
 #include "crypto/rsa.h"
-#include "crypto/sha1.h"
+#include "sb20/code_encryption.h"
+#include "sb20/records.h"
+#include "scheme/entry_table.h"
 
-void save_common_entries(std::uint32_t* table) {
-  const std::array<std::uint32_t, common_entry_count> entries = {
-      entry_word(tmkx_memcmp),         entry_word(tmkx_memcpy),
-      entry_word(tmkx_memset),         entry_word(tmkx_memxor),
-      entry_word(ZEB_SHA1_Init),       entry_word(ZEB_SHA1_Update),
-      entry_word(ZEB_SHA1_Final),      entry_word(ZEB_SHA1_HMAC_SetInfo),
-      entry_word(ZEB_SHA1_HMAC_Init),  entry_word(ZEB_SHA1_HMAC_Update),
-      entry_word(ZEB_SHA1_HMAC_Final), entry_word(Verify_PSS_RSASignature),
+void save_SB20_FuncPtr(std::uint32_t* table) {
+  save_common_entries(table);
+  const std::array<std::uint32_t, sb20_entry_count - common_entry_count> entries = {
+      entry_word(Verify_PSS_RSASignature2), entry_word(Make_AES_Param),
+      entry_word(zeb_AES_Encrypt),          entry_word(zeb_AES_Decrypt),
+      entry_word(ZEB_AES_SetInfo),          entry_word(ZEB_AES_CBC_EncInit),
+      entry_word(ZEB_AES_CBC_EncUpdate),    entry_word(ZEB_AES_CBC_EncFinal),
+      entry_word(ZEB_AES_CBC_DecInit),      entry_word(ZEB_AES_CBC_DecUpdate),
+      entry_word(ZEB_AES_CBC_DecFinal),     entry_word(Decrypt_Code),
   };
-  std::copy(entries.begin(), entries.end(), table);
+  std::copy(entries.begin(), entries.end(), table + common_entry_count);
 }

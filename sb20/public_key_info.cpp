@@ -2,17 +2,13 @@
 
 #include <cstring>
 
-#include "sb20/key_binding.h"
-#include "sb20/status.h"
+#include "scheme/key_binding.h"
+#include "scheme/status.h"
 
 namespace {
 
-constexpr KeyBinding binding = {sizeof(Sb20PublicKey), sb20_efuse_length};
+constexpr KeyBinding binding = {sizeof(RsaPublicKey2048), sb20_efuse_length};
 constexpr std::uint32_t refused_modulus_words = 256;
-
-std::uint8_t* bytes_of(Sb20PublicKeyInfo* info) {
-  return reinterpret_cast<std::uint8_t*>(info);
-}
 
 }  // namespace
 
@@ -20,7 +16,7 @@ Status Generate_SB20_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
                                    const Digit* n, std::uint32_t nWords, const Digit* e,
                                    std::uint32_t eWords, std::uint8_t* eFuseOut,
                                    std::uint32_t* eFuseLen, Sb20PublicKeyInfo* info) {
-  // The digit count is compared with a byte count, on purpose; a 2048-bit modulus has 64 digits.
+  // Quirk: a digit count is compared with a byte count; the refusal of 256 digits depends on it.
   if (*eFuseLen < sb20_efuse_length || nWords == refused_modulus_words) return INFO_ERR_ARGUMENT;
   if (nWords > sizeof info->key.n / digit_bytes || eWords > sizeof info->key.e / digit_bytes) {
     return INFO_ERR_ARGUMENT;
@@ -30,10 +26,19 @@ Status Generate_SB20_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
   std::memcpy(info->key.n, n, info->key.nLen);
   info->key.eLen = digit_bytes * eWords;
   std::memcpy(info->key.e, e, info->key.eLen);
-  return bind_public_key(binding, givenKey, givenKeyLen, bytes_of(info), eFuseOut, eFuseLen);
+  return bind_public_key(binding, givenKey, givenKeyLen, writable_view_of(*info).data(), eFuseOut,
+                         eFuseLen);
 }
 
 Status Validate_SB20_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb20PublicKeyInfo* info) {
-  return validate_key_binding(binding, eFuse, eFuseLen, bytes_of(info));
+  return validate_key_binding(binding, eFuse, eFuseLen, writable_view_of(*info).data());
+}
+
+Status verify_sb20_proof(WritableBytes file) {
+  const std::uint8_t* key = file.data();
+  return Verify_PSS_RSASignature2(
+      key, sizeof(RsaPublicKey2048), file.data(), sizeof(Sb20PublicKeyInfo),
+      file.data() + offsetof(Sb20PublicKeyFile, popSignature),
+      load_le32(file.data() + offsetof(Sb20PublicKeyFile, popSignatureLen)));
 }

@@ -1,40 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "crypto/bn.h"
-#include "crypto/sha1.h"
+#include "crypto/bytes.h"
 #include "crypto/status.h"
-
-inline constexpr std::uint32_t sb20_efuse_length = 20;  // bytes
-
-/// Public key as every v2.1 verifier takes it.
-struct Sb20PublicKey {
-  std::uint32_t nLen;  // 256
-  std::uint8_t n[256];
-  std::uint32_t eLen;  // 4
-  std::uint8_t e[4];
-};
-static_assert(sizeof(Sb20PublicKey) == 268);
-static_assert(offsetof(Sb20PublicKey, eLen) == 260);
-
-/// A root public key bound to the eFuse data: eFuse data = hmac XOR the HMAC key.
-struct Sb20PublicKeyInfo {
-  Sb20PublicKey key;
-  std::uint8_t hmac[sha1_digest_length];  // HMAC-SHA-1 over `key`
-};
-static_assert(sizeof(Sb20PublicKeyInfo) == 288);
-static_assert(offsetof(Sb20PublicKeyInfo, hmac) == 268);
-
-/// Public key file: the info and the proof that its maker holds the private key.
-struct Sb20PublicKeyFile {
-  Sb20PublicKeyInfo publicKeyInfo;
-  std::uint32_t popSignatureLen;   // 256
-  std::uint8_t popSignature[256];  // over publicKeyInfo
-};
-static_assert(sizeof(Sb20PublicKeyFile) == 548);
-static_assert(offsetof(Sb20PublicKeyFile, popSignature) == 292);
+#include "sb20/records.h"
 
 /// Builds `info` for n and e (digit arrays with their digit counts) and the eFuse value that
 /// anchors it. `givenKey` is a 20-byte HMAC key, or null with length 0 to draw one. *eFuseLen: in
@@ -45,7 +16,13 @@ Status Generate_SB20_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
                                    std::uint32_t eWords, std::uint8_t* eFuseOut,
                                    std::uint32_t* eFuseLen, Sb20PublicKeyInfo* info);
 
-/// Checks that `info` belongs to the eFuse data. On a mismatch the info is wiped, on purpose.
+/// Checks that `info` belongs to the eFuse data. On a mismatch the info is wiped.
 /// @return 0; INFO_ERR_ARGUMENT when eFuseLen is not 20; INFO_ERR_HMAC_...; INFO_ERR_MISMATCH.
 Status Validate_SB20_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb20PublicKeyInfo* info);
+
+/// Checks the proof of possession in the bytes of a public-key file, at least the record's 548: the
+/// file's own key must verify the file's signature, whose length is what the file says, over the
+/// info. A signature that fails is wiped.
+/// @return 0; VERIFY_ERR_...
+Status verify_sb20_proof(WritableBytes file);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "sb20/private_key_file.h"
+#include "scheme/private_key_file.h"
 #include "tests/support/openssl_schemes.h"
 #include "tests/support/schemes.h"
 

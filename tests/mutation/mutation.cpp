@@ -11,7 +11,7 @@
 #include <random>
 
 #include "crypto/bytes.h"
-#include "sb20/private_key_file.h"
+#include "scheme/private_key_file.h"
 #include "tests/support/schemes.h"
 
 namespace {

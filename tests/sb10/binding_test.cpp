@@ -1,4 +1,5 @@
 #include "sb10/boot_context.h"
+#include "sb10/public_key_info.h"
 #include "tests/support/binding_tests.h"
 
 namespace {

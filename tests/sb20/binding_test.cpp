@@ -1,6 +1,8 @@
 #include "crypto/aes_cbc.h"
 #include "sb20/boot_context.h"
 #include "sb20/code_encryption.h"
+#include "sb20/entry_table.h"
+#include "sb20/public_key_info.h"
 #include "tests/support/binding_tests.h"
 
 namespace {

@@ -1,5 +1,6 @@
 #include "sb20/code_encryption.h"
 
+#include "sb20/stage1.h"
 #include "tests/support/binding_tests.h"
 
 namespace {

@@ -1,5 +1,6 @@
-#include "sb20/private_key_file.h"
+#include "scheme/private_key_file.h"
 
+#include "sb10/key_pair.h"
 #include "tests/support/binding_tests.h"
 
 namespace {

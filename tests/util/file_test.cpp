@@ -35,15 +35,15 @@ TEST(Files, RecordTakesWhatThereIs) {
   const Bytes longer = joined(counted_bytes(20), Bytes(4));
   for (const std::int32_t size : {0, 8, 20, 24}) {
     Bytes read(25, 0xEE);
-    EXPECT_EQ(read_record("file", read.data(), size), 20);
+    EXPECT_EQ(read_record({read.data(), static_cast<std::size_t>(size)}, "file"), 20);
     const auto count = static_cast<std::size_t>(size);
     EXPECT_EQ(read, joined(slice(longer, 0, count), Bytes(25 - count, 0xEE)));
   }
   Bytes whole(24, 0xEE);
-  EXPECT_EQ(read_whole_or_abort("file", whole.data(), 24), 20);
+  EXPECT_EQ(read_whole_or_abort({whole.data(), 24}, "file"), 20);
   EXPECT_EQ(whole, longer);
-  EXPECT_EQ(read_whole_or_abort("file", whole.data(), 20), 20);
-  EXPECT_EXIT(read_whole_or_abort("file", whole.data(), 19), testing::KilledBySignal(SIGABRT),
+  EXPECT_EQ(read_whole_or_abort({whole.data(), 20}, "file"), 20);
+  EXPECT_EXIT(read_whole_or_abort({whole.data(), 19}, "file"), testing::KilledBySignal(SIGABRT),
               "^$");
 }
 
@@ -74,7 +74,9 @@ TEST(Files, PrivateOnesAreTheOwnersAlone) {
   write_bytes("older", counted_bytes(1000));
   chmod("older", 0644);
   for (const char* name : {"new", "older"}) {
-    EXPECT_EQ(write_private_file(name, counted_bytes(300).data(), 300), 0);
+    const Bytes secret = counted_bytes(300);
+    const OutputFile set[] = {{name, secret, FileAccess::owner_only}};
+    write_file_set(set);
     EXPECT_EQ(read_bytes(name), counted_bytes(300));
     EXPECT_EQ(mode_of(name), 0600U) << name;
   }
@@ -113,9 +115,9 @@ TEST(Files, UnusableInputsEndTheProcess) {
   };
   write_bytes("file", counted_bytes(10));
   Bytes read(11);
-  read_whole_or_fail("file", read.data(), 10);
+  read_whole_or_fail({read.data(), 10}, "file");
   EXPECT_EQ(slice(read, 0, 10), counted_bytes(10));
-  expect_end([&] { read_whole_or_fail("file", read.data(), 11); });  // it has shrunk
+  expect_end([&] { read_whole_or_fail({read.data(), 11}, "file"); });  // it has shrunk
   write_bytes("large", {});
   std::filesystem::resize_file("large", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
   EXPECT_EQ(get_file_length("large"), 0x7FFFFFFF);
@@ -126,7 +128,9 @@ TEST(Files, UnusableInputsEndTheProcess) {
 TEST(Files, UnusableOutputIsReportedByItsMessageLength) {
   testing::internal::CaptureStdout();
   EXPECT_EQ(write_file("/missing/file", nullptr, 0), 16);
-  EXPECT_EQ(write_private_file(".", nullptr, 0), 16);
+  const OutputFile set[] = {{"new", {}, FileAccess::by_umask}, {".", {}, FileAccess::owner_only}};
+  write_file_set(set);
+  EXPECT_FALSE(std::filesystem::exists("new"));
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "file open error\nfile open error\n");
 }
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/bytes.h"
+#include "crypto/status.h"
+
+/// A serialised private key and its layout.
+struct SigningKey {
+  std::int32_t mode;  // rsa_mode_plain or rsa_mode_crt
+  ByteView items;
+};
+
+/// Signs a digest of 20 bytes when the key makes signatures of exactly the length of `signature`: a
+/// damaged key of another size must not reach past the caller's room.
+/// @return 0; SIGN_ERR_RSA, and `signature` is untouched then.
+Status sign_digest_at_size(WritableBytes signature, const SigningKey& key,
+                           const std::uint8_t* digest);
+
+/// Signs the SHA-1 digest of a message and checks the signature with the key's own public part, so
+/// that a damaged key file, or a fault in one CRT half that would give the key away, never leaves
+/// as a success. `public_key` has the form that Verify_PSS_RSASignature takes for this size.
+/// @return 0; SIGN_ERR_SHA1_...; SIGN_ERR_RSA, and `signature` is untouched then.
+Status sign_message_checked(WritableBytes signature, const SigningKey& key,
+                            const std::uint8_t* public_key, ByteView message);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+/// Arguments of the process, program name first.
+using Arguments = const char* const*;
+/// Runs one command; the result becomes the exit status.
+using Action = std::int32_t (*)(Arguments arguments);
+
+/// One row of a driver's command table.
+struct Command {
+  int argument_count;  // the program name counts
+  int word_index;      // which argument is the command word
+  const char* word;    // matched exactly; null matches any
+  Action action;       // null: print the usage and return 0
+};
+
+/// What a driver does for one scheme.
+struct Driver {
+  void (*print_banner)();
+  std::span<const Command> commands;
+  void (*print_usage)();
+};
+
+/// Prints the banner and runs the action of the first row that matches. When none does, prints the
+/// usage and returns -1.
+std::int32_t run_command(int argument_count, Arguments arguments, const Driver& driver);
+
+/// A scheme's driver: takes the whole command line and returns the status of the command.
+using Main = std::int32_t (*)(int argument_count, Arguments arguments);
+
+/// What an executable hands its command line to.
+struct Mains {
+  Main v11;
+  Main v21;
+  void (*print_usage)();  // for an unknown version option
+};
+
+/// Checks the argument count (3 to 6) and runs the driver that argument 1 chooses. The key buffers
+/// are cleared when the process ends.
+/// @return the driver's status, or -1 when there is none to run; no banner is printed then.
+std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains);

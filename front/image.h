@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/bytes.h"
+#include "crypto/status.h"
+#include "util/large_buffer.h"
+
+/// An image and the room after it.
+struct Image {
+  LargeBuffer buffer;
+  std::uint32_t length;  // of the file alone
+  std::uint32_t room;    // zero bytes after it, for what belongs there
+
+  [[nodiscard]] std::uint8_t* data() const { return buffer.data(); }
+  [[nodiscard]] std::uint8_t* end() const { return buffer.data() + length; }
+};
+
+/// Reads a whole file. One that is too large, with its room, for signed 32-bit lengths or for
+/// memory ends the process as one that cannot be opened.
+Image read_image(const char* path, std::uint32_t room);
+
+/// Writes image and room to `path`, only where `status` says success. @return the status.
+std::int32_t publish(const char* path, const Image& image, Status status);
+
+/// A secured image: what was signed, and what was put after it.
+struct SecuredImage {
+  ByteView body;
+  WritableBytes tail;  // empty when the image is shorter than its tail
+};
+SecuredImage split(const Image& image, std::uint32_t tail_length);
+
+/// Prints the line for the verdict. @return 0 when valid, otherwise -1.
+std::int32_t print_verdict(bool valid, const char* success_line, const char* failure_line);

@@ -1,0 +1,38 @@
+#include "scheme/key_store.h"
+
+#include <algorithm>
+
+#include "crypto/wipe.h"
+#include "scheme/private_key_file.h"
+#include "util/file.h"
+
+std::uint8_t privateKey[private_key_capacity] = {};
+std::uint32_t privateKeyLen = 0;
+std::uint8_t publicKey[public_key_capacity] = {};
+std::uint32_t publicKeyLen = 0;
+
+EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule) {
+  const auto file_length = static_cast<std::uint32_t>(read_record(fuses, path));
+  return {fuses.data(), rule == EfuseLength::of_file ? file_length : length_of(fuses)};
+}
+
+Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
+                             std::uint32_t tail) {
+  privateKeyLen = static_cast<std::uint32_t>(read_whole_or_abort(privateKey, path));
+  const Status status = do_PrivateKey_Decrypt(mode, privateKey, privateKeyLen);
+  // Quirk: a fixed count comes off, whatever the bytes are; stored files with any bytes there
+  // depend on it.
+  privateKeyLen -= std::min(tail, privateKeyLen);
+  items = {privateKey, privateKeyLen};
+  return status;
+}
+
+WritableBytes load_public_key_file(const char* path) {
+  publicKeyLen = static_cast<std::uint32_t>(read_whole_or_abort(publicKey, path));
+  return publicKey;
+}
+
+void wipe_key_store() {
+  wipe(privateKey, sizeof privateKey);
+  wipe(publicKey, sizeof publicKey);
+}

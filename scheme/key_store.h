@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+
+#include "crypto/bytes.h"
+#include "crypto/status.h"
+
+// Key material of a run that both schemes use: process-wide buffers, cleared before each load. A
+// loader returns a view of what it loaded, and callers pass the view on.
+
+inline constexpr std::uint32_t private_key_capacity = 2048;  // bytes
+inline constexpr std::uint32_t public_key_capacity = 1024;   // bytes
+
+extern std::uint8_t privateKey[private_key_capacity];  // key item list
+extern std::uint32_t privateKeyLen;
+extern std::uint8_t publicKey[public_key_capacity];
+extern std::uint32_t publicKeyLen;
+
+/// Which length eFuse data counts with.
+enum class EfuseLength {
+  of_file,   // what the file has; the engines refuse any but the scheme's own
+  of_fuses,  // the scheme's own, whatever the file has
+};
+
+/// eFuse data as the engines take it. Only a length of the scheme's own is ever read.
+struct EfuseData {
+  const std::uint8_t* bytes;
+  std::uint32_t length;
+};
+
+/// Reads an eFuse file into the cleared `fuses`, as far as it fits.
+EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule);
+
+/// Reads a private-key file into `privateKey`, decrypts it and takes off the `tail` bytes that made
+/// it whole blocks. `items` becomes the key item list. A file above 2048 bytes aborts.
+/// @return what do_PrivateKey_Decrypt returns; after a failure the list is noise.
+Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
+                             std::uint32_t tail);
+
+/// Reads a public-key file whole into `publicKey`; one above 1024 bytes aborts.
+/// @return the whole buffer: zero after the file's bytes.
+WritableBytes load_public_key_file(const char* path);
+
+/// Clears the buffers of this unit.
+void wipe_key_store();
