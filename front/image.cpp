@@ -10,14 +10,18 @@ Image read_image(const char* path, std::uint32_t room) {
   const auto length = static_cast<std::uint32_t>(get_file_length(path));
   if (length > std::numeric_limits<std::int32_t>::max() - room) fail_file_open();
   Image image = {LargeBuffer(std::size_t{length} + room), length, room};
-  if (image.data() == nullptr) fail_file_open();
-  read_whole_or_fail({image.data(), length}, path);
+  if (image.buffer.data() == nullptr) fail_file_open();
+  read_whole_or_fail({image.buffer.data(), length}, path);
   return image;
+}
+
+std::uint8_t* end_of(const Image& image) {
+  return image.buffer.data() + image.length;
 }
 
 std::int32_t publish(const char* path, const Image& image, Status status) {
   if (status == ZEB_SUCCESS) {
-    write_file(path, image.data(), static_cast<std::int32_t>(image.length + image.room));
+    write_file(path, image.buffer.data(), static_cast<std::int32_t>(image.length + image.room));
   }
   return static_cast<std::int32_t>(status);
 }
@@ -25,7 +29,7 @@ std::int32_t publish(const char* path, const Image& image, Status status) {
 SecuredImage split(const Image& image, std::uint32_t tail_length) {
   if (image.length < tail_length) return {};
   const std::uint32_t body_length = image.length - tail_length;
-  return {{image.data(), body_length}, {image.data() + body_length, tail_length}};
+  return {{image.buffer.data(), body_length}, {image.buffer.data() + body_length, tail_length}};
 }
 
 std::int32_t print_verdict(bool valid, const char* success_line, const char* failure_line) {

@@ -11,10 +11,10 @@ struct Image {
   LargeBuffer buffer;
   std::uint32_t length;  // of the file alone
   std::uint32_t room;    // zero bytes after it, for what belongs there
-
-  [[nodiscard]] std::uint8_t* data() const { return buffer.data(); }
-  [[nodiscard]] std::uint8_t* end() const { return buffer.data() + length; }
 };
+
+/// Where the room after the image starts.
+std::uint8_t* end_of(const Image& image);
 
 /// Reads a whole file. One that is too large, with its room, for signed 32-bit lengths or for
 /// memory ends the process as one that cannot be opened.

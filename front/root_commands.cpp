@@ -30,23 +30,23 @@ std::int32_t generate_sb10_root_keys(Arguments /*arguments*/) {
 
 std::int32_t seal_sb20_stage1(Arguments arguments) {
   const Image image = read_image(arguments[2], sizeof sb20_Context);
-  const Status status = sb20_Generate_Stage1(image.data(), image.length);
-  std::memcpy(image.end(), &sb20_Context, sizeof sb20_Context);
+  const Status status = sb20_Generate_Stage1(image.buffer.data(), image.length);
+  std::memcpy(end_of(image), &sb20_Context, sizeof sb20_Context);
   return publish(arguments[3], image, status);
 }
 
 std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments) {
   const Image image = read_image(arguments[2], sizeof(BuildInfo) + sizeof sb20_Context);
   const std::uint32_t total = image.length + sizeof(BuildInfo);
-  const Status status = sb20_Generate_Stage1_Polymorphic(image.data(), total);
-  std::memcpy(image.data() + total, &sb20_Context, sizeof sb20_Context);
+  const Status status = sb20_Generate_Stage1_Polymorphic(image.buffer.data(), total);
+  std::memcpy(image.buffer.data() + total, &sb20_Context, sizeof sb20_Context);
   return publish(arguments[3], image, status);
 }
 
 std::int32_t seal_sb10_stage1(Arguments arguments) {
   const Image image = read_image(arguments[2], sizeof sb10_Context);
-  const Status status = sb10_Generate_Stage1(image.data(), image.length);
-  std::memcpy(image.end(), &sb10_Context, sizeof sb10_Context);
+  const Status status = sb10_Generate_Stage1(image.buffer.data(), image.length);
+  std::memcpy(end_of(image), &sb10_Context, sizeof sb10_Context);
   return publish(arguments[3], image, status);
 }
 

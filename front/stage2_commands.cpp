@@ -44,16 +44,16 @@ std::int32_t generate_sb10_stage2_keys(Arguments arguments) {
 std::int32_t sign_sb20_stage2(Arguments arguments) {
   const Image image = read_image(arguments[2], signature_bytes_2048);
   std::uint32_t signature_length = signature_bytes_2048;
-  const Status status = sb20_Generate_Stage2(arguments[4], image.data(), image.length, image.end(),
-                                             &signature_length);
+  const Status status = sb20_Generate_Stage2(arguments[4], image.buffer.data(), image.length,
+                                             end_of(image), &signature_length);
   return publish(arguments[3], image, status);
 }
 
 std::int32_t sign_sb10_stage2(Arguments arguments) {
   const Image image = read_image(arguments[2], signature_bytes_1024);
   std::uint32_t signature_length = signature_bytes_1024;
-  const Status status = sb10_Generate_Stage2(arguments[4], image.data(), image.length, image.end(),
-                                             &signature_length);
+  const Status status = sb10_Generate_Stage2(arguments[4], image.buffer.data(), image.length,
+                                             end_of(image), &signature_length);
   return publish(arguments[3], image, status);
 }
 

@@ -10,28 +10,22 @@ namespace {
 
 constexpr std::uint8_t fill_byte = 0xAA;
 
-/// The status codes of the four hashing steps.
-struct DigestCodes {
-  Status init;
-  Status image;
-  Status key;
-  Status final;
-};
-constexpr DigestCodes signing = {CONTEXT_ERR_SHA1_INIT, CONTEXT_ERR_SHA1_IMAGE,
-                                 CONTEXT_ERR_SHA1_KEY, CONTEXT_ERR_SHA1_FINAL};
-constexpr DigestCodes checking = {CHECK_ERR_SHA1_INIT, CHECK_ERR_SHA1_IMAGE, CHECK_ERR_SHA1_KEY,
-                                  CHECK_ERR_SHA1_FINAL};
+// Starting, the image, the key, ending.
+constexpr FourStepCodes signing = {CONTEXT_ERR_SHA1_INIT, CONTEXT_ERR_SHA1_IMAGE,
+                                   CONTEXT_ERR_SHA1_KEY, CONTEXT_ERR_SHA1_FINAL};
+constexpr FourStepCodes checking = {CHECK_ERR_SHA1_INIT, CHECK_ERR_SHA1_IMAGE, CHECK_ERR_SHA1_KEY,
+                                    CHECK_ERR_SHA1_FINAL};
 
 Status digest_image_and_key(std::uint8_t* digest, const ImageAndKey& covered,
-                            const DigestCodes& codes) {
+                            const FourStepCodes& codes) {
   ZEB_SHA1 hash = {};
   const auto update = [&](ByteView bytes) {
     return ZEB_SHA1_Update(&hash, bytes.data(), length_of(bytes));
   };
-  if (ZEB_SHA1_Init(&hash) != ZEB_SUCCESS) return codes.init;
-  if (update(covered.image) != ZEB_SUCCESS) return codes.image;
-  if (update(covered.stage2_key) != ZEB_SUCCESS) return codes.key;
-  if (ZEB_SHA1_Final(&hash, digest) != ZEB_SUCCESS) return codes.final;
+  if (ZEB_SHA1_Init(&hash) != ZEB_SUCCESS) return codes[0];
+  if (update(covered.image) != ZEB_SUCCESS) return codes[1];
+  if (update(covered.stage2_key) != ZEB_SUCCESS) return codes[2];
+  if (ZEB_SHA1_Final(&hash, digest) != ZEB_SUCCESS) return codes[3];
   return ZEB_SUCCESS;
 }
 

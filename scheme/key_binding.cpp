@@ -10,27 +10,20 @@
 
 namespace {
 
-/// The status codes of the four HMAC steps.
-struct HmacCodes {
-  Status setup;
-  Status init;
-  Status update;
-  Status final;
-};
-constexpr HmacCodes generating = {INFO_ERR_GEN_HMAC_SETUP, INFO_ERR_GEN_HMAC_INIT,
-                                  INFO_ERR_GEN_HMAC_UPDATE, INFO_ERR_GEN_HMAC_FINAL};
-constexpr HmacCodes validating = {INFO_ERR_HMAC_SETUP, INFO_ERR_HMAC_INIT, INFO_ERR_HMAC_UPDATE,
-                                  INFO_ERR_HMAC_FINAL};
+// Setting up, starting, the key, ending.
+constexpr FourStepCodes generating = {INFO_ERR_GEN_HMAC_SETUP, INFO_ERR_GEN_HMAC_INIT,
+                                      INFO_ERR_GEN_HMAC_UPDATE, INFO_ERR_GEN_HMAC_FINAL};
+constexpr FourStepCodes validating = {INFO_ERR_HMAC_SETUP, INFO_ERR_HMAC_INIT, INFO_ERR_HMAC_UPDATE,
+                                      INFO_ERR_HMAC_FINAL};
 
 Status hmac_of_key(const KeyBinding& binding, const std::uint8_t* hmac_key,
-                   const std::uint8_t* info, std::uint8_t* mac, const HmacCodes& codes) {
+                   const std::uint8_t* info, std::uint8_t* mac, const FourStepCodes& codes) {
   ZEB_SHA1_HMAC hmac = {};
   const WipeOnExit hmac_guard(hmac);
-  if (ZEB_SHA1_HMAC_SetInfo(&hmac, hmac_key, binding.efuse_length) != ZEB_SUCCESS)
-    return codes.setup;
-  if (ZEB_SHA1_HMAC_Init(&hmac) != ZEB_SUCCESS) return codes.init;
-  if (ZEB_SHA1_HMAC_Update(&hmac, info, binding.key_length) != ZEB_SUCCESS) return codes.update;
-  if (ZEB_SHA1_HMAC_Final(&hmac, mac) != ZEB_SUCCESS) return codes.final;
+  if (ZEB_SHA1_HMAC_SetInfo(&hmac, hmac_key, binding.efuse_length) != ZEB_SUCCESS) return codes[0];
+  if (ZEB_SHA1_HMAC_Init(&hmac) != ZEB_SUCCESS) return codes[1];
+  if (ZEB_SHA1_HMAC_Update(&hmac, info, binding.key_length) != ZEB_SUCCESS) return codes[2];
+  if (ZEB_SHA1_HMAC_Final(&hmac, mac) != ZEB_SUCCESS) return codes[3];
   return ZEB_SUCCESS;
 }
 

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <array>
+
 #include "crypto/status.h"
 
 // Status codes of the scheme code, both versions. The signature codes (0xFFF2xxxx, 0xFFF4xxxx) are
 // those of crypto/status.h.
+
+/// What an operation of four steps returns for a failure of each, in their order.
+using FourStepCodes = std::array<Status, 4>;
 
 // Public-key info validation (0xFFF1xxxx).
 inline constexpr Status INFO_ERR_HMAC_SETUP = 0xFFF10010;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Build-information record that stands behind the code of a BL1 image sealed with "-P".
+/// Build-information record that comes after the code of a BL1 image sealed with "-P".
 struct BuildInfo {
   std::uint32_t reserved_0;
   std::uint32_t build_time;  // seconds since 1970-01-01 00:00 UTC, low 32 bits

@@ -11,6 +11,6 @@ void mem_dump(const std::uint8_t* bytes, std::int32_t length);
 /// Prints "0x", eight digits, ", " and no line end.
 void prn_DWORD(std::uint32_t word);
 
-/// Prints the title, then rows of four words. A row is always whole, on purpose: with a `count`
+/// Prints the title, then rows of four words. A row is always whole: with a `count`
 /// that is no multiple of 4 up to three words past it are read, so pass multiples of 4.
 void print_DWORD(const char* title, const std::uint32_t* words, std::int32_t count);

@@ -158,7 +158,8 @@ std::int32_t read_record(std::span<std::uint8_t> record, const char* path) {
   std::fill(record.begin(), record.end(), std::uint8_t{0});
   const File file = require_input(path);
   const std::int32_t length = length_of(file.get());
-  read_what_there_is(record.first(std::min(record.size(), std::size_t(length))), file.get());
+  read_what_there_is(record.first(std::min(record.size(), static_cast<std::size_t>(length))),
+                     file.get());
   return length;
 }
 
