@@ -1,6 +1,7 @@
 #include "crypto/prng.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -9,15 +10,17 @@
 #include <cstdlib>
 
 #include "crypto/bytes.h"
-#include "crypto/mem.h"
 #include "crypto/prng_state.h"
 #include "crypto/sha1.h"
+#include "crypto/wipe.h"
 
 std::uint8_t sabSecretState[prng_block_length] = {};
 std::uint8_t sabRandPool[prng_block_length] = {};
 std::uint32_t uIndexRandPool = prng_block_length;
 std::uint32_t suCount = prng_blocks_per_seed;
 std::uint32_t xx = 0;
+bool random_device_blocked = false;
+bool kernel_random_blocked = false;
 
 namespace {
 
@@ -43,10 +46,11 @@ void stir_noise_file() {
   const int file = open("noise.dat", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return;
   std::uint8_t buffer[noise_buffer_length] = {};
+  const WipeOnExit wiped(buffer);
   lseek(file, 0, SEEK_SET);
   const off_t size = lseek(file, 0, SEEK_END);
-  // The size probe leaves the offset at the end and the reads start there, on purpose: the file's
-  // contents never reach the state.
+  // Quirk: the reads start at the file's end, so that its contents never reach the state; prng_test
+  // depends on it.
   if (size >= static_cast<off_t>(noise_buffer_length)) {
     [[maybe_unused]] const ssize_t ignored = read(file, buffer, noise_buffer_length);
     stir_bytes(buffer, noise_buffer_length);
@@ -57,14 +61,35 @@ void stir_noise_file() {
   close(file);
 }
 
-void stir_random_device() {
+/// Fills `buffer` from /dev/random as far as it delivers without waiting.
+/// @return the number of bytes that came, or -1 when there is no such device.
+ssize_t read_random_device(std::uint8_t* buffer) {
+  if (random_device_blocked) return -1;
   const int file = open("/dev/random", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return;
-  std::uint8_t buffer[noise_buffer_length] = {};
-  [[maybe_unused]] const ssize_t ignored = read(file, buffer, noise_buffer_length);
-  stir_bytes(buffer, noise_buffer_length);
-  tmkx_memset(buffer, 0, noise_buffer_length);
+  if (file < 0) return -1;
+  const ssize_t got = read(file, buffer, noise_buffer_length);
   close(file);
+  return std::max(got, ssize_t{0});
+}
+
+/// Fills `buffer` from the kernel's generator, which needs no device. Before the kernel has
+/// gathered enough, early after power-on, the call fails where it would otherwise wait.
+bool read_kernel_random(std::uint8_t* buffer) {
+  if (kernel_random_blocked) return false;
+  return getrandom(buffer, noise_buffer_length, GRND_NONBLOCK) == ssize_t{noise_buffer_length};
+}
+
+void stir_random_device() {
+  std::uint8_t buffer[noise_buffer_length] = {};
+  const WipeOnExit wiped(buffer);
+  // A device that delivers less takes its whole share of the ring.
+  if (read_random_device(buffer) >= 0) stir_bytes(buffer, noise_buffer_length);
+}
+
+void stir_kernel_random() {
+  std::uint8_t buffer[noise_buffer_length];
+  const WipeOnExit wiped(buffer);
+  if (read_kernel_random(buffer)) stir_bytes(buffer, noise_buffer_length);
 }
 
 void stir_clock_and_usage() {
@@ -83,24 +108,27 @@ void stir_library_random() {
   srand(xx);
   ++xx;
   std::uint8_t buffer[noise_buffer_length];
+  const WipeOnExit wiped(buffer);
   for (std::uint8_t& byte : buffer) {
     byte = static_cast<std::uint8_t>(rand());
-    // Two of three results are discarded, on purpose.
+    // Quirk: two of three results are dropped; prng_test depends on it.
     rand();
     rand();
   }
   stir_bytes(buffer, noise_buffer_length);
-  tmkx_memset(buffer, 0, noise_buffer_length);
 }
 
 /// SHA-1 over the whole secret state, followed by the whole pool where `with_pool` is set.
 void hash_state(std::uint8_t* digest, bool with_pool) {
   ZEB_SHA1 hash;
+  const WipeOnExit wiped_hash(hash);
+  // No pointer is null, so no step can fail.
   ZEB_SHA1_Init(&hash);
   ZEB_SHA1_Update(&hash, sabSecretState, prng_block_length);
   if (with_pool) ZEB_SHA1_Update(&hash, sabRandPool, prng_block_length);
   // Through a local digest: the destination may be part of what is hashed.
   std::uint8_t result[sha1_digest_length];
+  const WipeOnExit wiped_result(result);
   ZEB_SHA1_Final(&hash, result);
   std::copy_n(result, sha1_digest_length, digest);
 }
@@ -124,7 +152,7 @@ void make_block() {
 
 Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination) {
   if (destination == nullptr) return ZEB_ERR_NULL_POINTER;
-  // One test per call, on purpose: a long request runs past 32 blocks, the next call re-seeds.
+  // Quirk: one test per call, so that a long request runs past 32 blocks; prng_test depends on it.
   if (suCount >= prng_blocks_per_seed) seed_secret_state();
 
   if (uIndexRandPool < prng_block_length) {
@@ -164,4 +192,11 @@ void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
   stir_random_device();
   stir_clock_and_usage();
   stir_library_random();
+  stir_kernel_random();
+}
+
+bool random_source_available() {
+  std::uint8_t buffer[noise_buffer_length];
+  const WipeOnExit wiped(buffer);
+  return read_kernel_random(buffer) || read_random_device(buffer) >= ssize_t{prng_block_length};
 }

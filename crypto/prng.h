@@ -4,8 +4,13 @@
 
 #include "crypto/status.h"
 
-// The process-wide SHA-1 random generator. It seeds itself from the noise sources below at its
-// first use and again after every 32 output blocks. Not thread-safe.
+// The process-wide SHA-1 random generator. It seeds itself from the noise sources below at the
+// first call, and again at the first call after 32 or more output blocks. Not thread-safe.
+
+/// Whether the kernel delivers randomness at this moment, by getrandom() or /dev/random. It never
+/// waits. Without either the generator works on, but what it makes can be guessed: ask before keys
+/// or signatures are made.
+bool random_source_available();
 
 /// Writes `length` random bytes to `destination`. Unused bytes of the last block are handed out
 /// first, so the output of successive calls is one byte stream.
@@ -16,7 +21,10 @@ Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination);
 /// @return 0, or ZEB_ERR_NULL_POINTER when `seed` is null and `seed_length` is not 0.
 Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length);
 
-/// XORs noise into the `length` bytes of `buffer`, as a ring of 32-bit words: "noise.dat" in the
-/// working directory, /dev/random, the clock, the process's resource usage and rand().
-/// `length` is a multiple of 4. A source that is missing is skipped without a word.
+/// XORs noise into the `length` bytes of `buffer`, as a ring of 32-bit words, in this order: up to
+/// 256 bytes each of "noise.dat" in the working directory and of /dev/random, the clock, the
+/// process's resource usage, 256 bytes of rand() and 256 of getrandom(). A source that is missing
+/// is skipped without a word. "noise.dat" adds no noise: one of 256 bytes or more counts as 256
+/// zeros, a smaller one as nothing. A `length` that is no multiple of 4 leaves the last bytes
+/// alone.
 void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length);

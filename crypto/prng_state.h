@@ -13,3 +13,6 @@ extern std::uint8_t sabRandPool[prng_block_length];     // the current output bl
 extern std::uint32_t uIndexRandPool;  // next unused byte of the pool; 40 means used up
 extern std::uint32_t suCount;         // blocks made since the last re-seed
 extern std::uint32_t xx;              // noise collections so far; seeds srand
+
+extern bool random_device_blocked;  // tests only: as if there were no /dev/random
+extern bool kernel_random_blocked;  // tests only: as if getrandom() failed

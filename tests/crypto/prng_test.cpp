@@ -98,10 +98,10 @@ TEST(Prng, AddedSeedReseedsAndLeavesThePool) {
   }
 }
 
-constexpr std::uint32_t noise_length = 256;  // of what each file, the device and rand() give
+constexpr std::uint32_t noise_length = 256;  // of what file, device, rand() and kernel give
 constexpr std::uint32_t clock_and_usage = 8 + sizeof(rusage);
 /// A ring that all sources fit into, so that each can be told by where it stands.
-constexpr std::uint32_t wide_ring = 3 * noise_length + clock_and_usage;
+constexpr std::uint32_t wide_ring = 4 * noise_length + clock_and_usage;
 
 /// Collects noise into a zeroed ring and takes away rand()'s part, which starts at `offset` and
 /// goes on around the ring, under the seed that counts the collections.
@@ -125,7 +125,10 @@ void expect_file_noise(std::uint32_t length) {
   const Bytes ring = noise_without_rand(wide_ring, random_at);
   EXPECT_EQ(std::count(ring.begin(), ring.begin() + length, 0), std::ptrdiff_t{length});
   EXPECT_LT(std::count(ring.begin() + length, ring.begin() + length + noise_length, 0), 20);
-  EXPECT_EQ(Bytes(ring.begin() + random_at, ring.end()), Bytes(wide_ring - random_at));
+  const auto kernel = ring.begin() + random_at + noise_length;
+  EXPECT_EQ(Bytes(ring.begin() + random_at, kernel), Bytes(noise_length));
+  EXPECT_LT(std::count(kernel, kernel + noise_length, 0), 20);
+  EXPECT_EQ(Bytes(kernel + noise_length, ring.end()), Bytes(noise_length - length));
 }
 
 /// Runs in a fresh working directory.
@@ -162,17 +165,22 @@ TEST_F(Noise, DirectoriesAndPipesNeitherHangNorHarm) {
   expect_file_noise(0);  // nobody writes to it
 }
 
-// With no file to be had, clock, usage record and rand() remain; in a small ring they wrap around.
+// With no file and no kernel, clock, usage record and rand() remain; a small ring they go around.
 TEST_F(Noise, WorksWithoutFiles) {
   rlimit files;
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
   const rlimit none = {0, files.rlim_max};
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  EXPECT_TRUE(random_source_available());  // the kernel's generator needs no file
+  kernel_random_blocked = true;
+  EXPECT_FALSE(random_source_available());
   const auto before = static_cast<std::uint32_t>(time(nullptr));
   const Bytes ring = noise_without_rand(clock_and_usage, clock_and_usage);
   EXPECT_LE(load_le32(&ring[0]) - before, 60U);  // seconds, then microseconds
   EXPECT_LT(load_le32(&ring[4]), 1000000U);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
+  EXPECT_TRUE(random_source_available());  // the device alone will do as well
+  kernel_random_blocked = false;
 }
 
 }  // namespace
