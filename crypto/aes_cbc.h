@@ -9,7 +9,11 @@
 //
 // Order of calls: ZEB_AES_SetInfo, then per message EncInit, EncUpdate any number of times,
 // EncFinal; or DecInit, one DecUpdate in place, DecFinal. Every `outLen` is a count of bytes, in:
-// the room there is (0: not checked), out: the bytes written.
+// the room there is (0: not checked), out: the bytes written. A call that fails leaves it alone and
+// can be made again, but for what ZEB_AES_CBC_DecFinal says.
+//
+// The Finals end nothing: schedules, IV and padding rule stay for the next Init, and the held bytes
+// and the chaining block stay as they are. Whoever owns the context wipes it.
 
 inline constexpr std::uint32_t AES_PADDING_NONE = 0xFFF10001;
 inline constexpr std::uint32_t AES_PADDING_COUNT = 0xFFF10002;  // n bytes of value n, n = 1 to 16
@@ -48,7 +52,8 @@ Status ZEB_AES_SetInfo(AesCbcContext* context, std::uint32_t keyUse, const std::
 /// Starts a message. @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_NO_ENC_KEY; ZEB_ERR_NO_IV.
 Status ZEB_AES_CBC_EncInit(AesCbcContext* context);
 
-/// Encrypts the held bytes and `in` as far as whole blocks go and holds the rest.
+/// Encrypts the held bytes and `in` as far as whole blocks go and holds the rest. `in` and `out`
+/// must not overlap; only equal pointers are noticed.
 /// @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_BUFFER_ARRANGEMENT when in and out are equal;
 ///         ZEB_ERR_NO_ROOM; ZEB_ERR_STATE.
 Status ZEB_AES_CBC_EncUpdate(AesCbcContext* context, const std::uint8_t* in, std::uint32_t inLen,
@@ -63,25 +68,26 @@ Status ZEB_AES_CBC_EncFinal(AesCbcContext* context, std::uint8_t* out, std::uint
 Status ZEB_AES_CBC_DecInit(AesCbcContext* context);
 
 /// Decrypts the whole message in place but for its last 1 to 16 bytes, which are held.
-/// `sameBuffer` is `inOut` once more.
+/// `sameBuffer` is `inOut` once more. The room has to do for what this call writes, which for whole
+/// blocks is a block less than `len`: a caller may state the count that will be reported to it.
 /// @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_BUFFER_ARRANGEMENT when the buffers differ;
 ///         ZEB_ERR_STATE when bytes are held already; ZEB_ERR_NO_ROOM.
 Status ZEB_AES_CBC_DecUpdate(AesCbcContext* context, std::uint8_t* inOut, std::uint32_t len,
                              std::uint8_t* sameBuffer, std::uint32_t* outLen);
 
 /// Decrypts the held block and writes it without its padding. With nothing held, `*outLen` stays as
-/// the caller set it.
+/// the caller set it; on ZEB_ERR_NO_ROOM it becomes the room that is wanted.
 /// @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_HELD_COUNT; ZEB_ERR_BAD_PADDING; ZEB_ERR_PARAMETER;
 ///         ZEB_ERR_NO_ROOM.
 Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint32_t* outLen);
 
 /// Pads a block that holds `used` bytes.
 /// @return the pad count, at most blockSize, or an error above it: ZEB_ERR_NOT_WHOLE_BLOCKS,
-///         ZEB_ERR_PARAMETER.
+///         ZEB_ERR_PARAMETER, ZEB_ERR_STATE when `used` is above blockSize.
 std::uint32_t zeb_SetPadding(std::uint8_t* block, std::uint32_t used, std::uint32_t blockSize,
                              std::uint32_t rule);
 
-/// Checks the padding of a decrypted block. A last byte of 0 counts as no padding, on purpose.
+/// Checks the padding of a decrypted block. A last byte of 0 counts as no padding.
 /// @return the pad count or an error above it: ZEB_ERR_BAD_PADDING, ZEB_ERR_PARAMETER.
 std::uint32_t zeb_CheckPadding(const std::uint8_t* block, std::uint32_t blockSize,
                                std::uint32_t rule);

@@ -1,7 +1,10 @@
 #include "crypto/cpu.h"
 
-#if defined(__x86_64__)
+#if CRYPTO_PATHS_X86
 #include <cpuid.h>
+#elif CRYPTO_PATHS_ARM
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
 #endif
 
 namespace {
@@ -19,7 +22,7 @@ const CryptoPaths& crypto_paths() {
 
 CryptoPaths available_crypto_paths() {
   CryptoPaths paths = {};
-#if defined(__x86_64__)
+#if CRYPTO_PATHS_X86
   unsigned eax = 0;
   unsigned ebx = 0;
   unsigned ecx = 0;
@@ -32,6 +35,10 @@ CryptoPaths available_crypto_paths() {
   paths.sha1 = sse41 && (ebx & bit_sha_extensions) != 0;
   paths.bn_words = (ebx & bit_BMI2) != 0;
   paths.bn_rows = paths.bn_words;
+#elif CRYPTO_PATHS_ARM
+  const unsigned long capabilities = getauxval(AT_HWCAP);
+  paths.sha1 = (capabilities & HWCAP_SHA1) != 0;
+  paths.aes = (capabilities & HWCAP_AES) != 0;
 #endif
   return paths;
 }

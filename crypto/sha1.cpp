@@ -4,7 +4,8 @@
 #include <bit>
 
 #include "crypto/bytes.h"
-#include "crypto/sha1_blocks.h"
+#include "crypto/cpu.h"
+#include "crypto/wipe.h"
 
 namespace {
 
@@ -13,6 +14,67 @@ constexpr std::uint32_t initial_state[5] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 
 constexpr std::uint32_t length_field_offset = 56;  // where the 64-bit bit length starts in a block
 constexpr std::uint8_t inner_pad = 0x36;
 constexpr std::uint8_t inner_to_outer_pad = 0x36 ^ 0x5C;
+
+struct WorkingWords {
+  std::uint32_t a, b, c, d, e;
+};
+
+std::uint32_t choose(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+  return (b & c) | (~b & d);
+}
+std::uint32_t parity(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+  return b ^ c ^ d;
+}
+std::uint32_t majority(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+  return (b & c) | (b & d) | (c & d);
+}
+
+/// Twenty rounds with one round function and constant, unrolled by five so that the working words
+/// change roles instead of places.
+template <std::uint32_t (*F)(std::uint32_t, std::uint32_t, std::uint32_t), std::uint32_t K>
+void twenty_rounds(WorkingWords& v, const std::uint32_t* schedule) {
+  const auto round = [](std::uint32_t a, std::uint32_t& b, std::uint32_t c, std::uint32_t d,
+                        std::uint32_t& e, std::uint32_t w) {
+    e += std::rotl(a, 5) + F(b, c, d) + K + w;
+    b = std::rotl(b, 30);
+  };
+  for (std::size_t t = 0; t < 20; t += 5) {
+    round(v.a, v.b, v.c, v.d, v.e, schedule[t]);
+    round(v.e, v.a, v.b, v.c, v.d, schedule[t + 1]);
+    round(v.d, v.e, v.a, v.b, v.c, schedule[t + 2]);
+    round(v.c, v.d, v.e, v.a, v.b, schedule[t + 3]);
+    round(v.b, v.c, v.d, v.e, v.a, schedule[t + 4]);
+  }
+}
+
+void compress_portable(std::uint32_t* state, const std::uint8_t* data, std::size_t blocks) {
+  std::uint32_t w[80];
+  const WipeOnExit wiped(w);  // what is hashed can be a key
+  for (; blocks > 0; --blocks, data += sha1_block_length) {
+    for (std::size_t t = 0; t < 16; ++t) w[t] = load_be32(data + 4 * t);
+    for (std::size_t t = 16; t < 80; ++t) {
+      w[t] = std::rotl(w[t - 3] ^ w[t - 8] ^ w[t - 14] ^ w[t - 16], 1);
+    }
+    WorkingWords v = {state[0], state[1], state[2], state[3], state[4]};
+    twenty_rounds<choose, 0x5A827999>(v, w);
+    twenty_rounds<parity, 0x6ED9EBA1>(v, w + 20);
+    twenty_rounds<majority, 0x8F1BBCDC>(v, w + 40);
+    twenty_rounds<parity, 0xCA62C1D6>(v, w + 60);
+    state[0] += v.a;
+    state[1] += v.b;
+    state[2] += v.c;
+    state[3] += v.d;
+    state[4] += v.e;
+  }
+}
+
+/// Compresses `blocks` consecutive blocks at `data` (any alignment) into the five chaining words.
+void compress(std::uint32_t* state, const std::uint8_t* data, std::size_t blocks) {
+  if constexpr (has_cipher_paths) {
+    if (crypto_paths().sha1) return sha1_compress_by_processor(state, data, blocks);
+  }
+  compress_portable(state, data, blocks);
+}
 
 std::uint32_t held_bytes(const ZEB_SHA1& context) {
   return context.count_low % sha1_block_length;
@@ -53,7 +115,7 @@ Status ZEB_SHA1_Update(ZEB_SHA1* context, const std::uint8_t* data, std::uint32_
     length -= room;
   }
   const std::uint32_t blocks = length / sha1_block_length;
-  sha1_compress_blocks(context->state, data, blocks);
+  compress(context->state, data, blocks);
   const std::uint32_t tail = length % sha1_block_length;
   std::copy_n(data + (length - tail), tail, context->block);
   return ZEB_SUCCESS;
@@ -78,12 +140,13 @@ Status ZEB_SHA1_Final(ZEB_SHA1* context, std::uint8_t* digest) {
 }
 
 void zeb_SHA1_Transform(const std::uint8_t* block, std::uint32_t* state) {
-  sha1_compress_blocks(state, block, 1);
+  compress(state, block, 1);
 }
 
 Status ZEB_SHA1_HMAC_SetInfo(ZEB_SHA1_HMAC* context, const std::uint8_t* key,
                              std::uint32_t key_length) {
   std::uint8_t block_key[sha1_block_length] = {};
+  const WipeOnExit wiped_key(block_key);
   if (key_length > sha1_block_length) {
     ZEB_SHA1_Init(&context->hash);
     ZEB_SHA1_Update(&context->hash, key, key_length);
@@ -109,7 +172,7 @@ Status ZEB_SHA1_HMAC_Init(ZEB_SHA1_HMAC* context) {
 
 Status ZEB_SHA1_HMAC_Update(ZEB_SHA1_HMAC* context, const std::uint8_t* data,
                             std::uint32_t length) {
-  // The status is dropped on purpose: an HMAC step never reports a failure.
+  // Quirk: the hash's status is dropped, no HMAC step fails; sha1_test depends on it.
   ZEB_SHA1_Update(&context->hash, data, length);
   return ZEB_SUCCESS;
 }

@@ -50,13 +50,14 @@ Status ZEB_SHA1_HMAC_SetInfo(ZEB_SHA1_HMAC* context, const std::uint8_t* key,
 /// Starts a message under the key that was set. @return always 0.
 Status ZEB_SHA1_HMAC_Init(ZEB_SHA1_HMAC* context);
 
-/// Appends `length` bytes. @return always 0; the hash's own status is discarded on purpose.
+/// Appends `length` bytes. @return always 0; also for a null `data`, which appends nothing.
 Status ZEB_SHA1_HMAC_Update(ZEB_SHA1_HMAC* context, const std::uint8_t* data, std::uint32_t length);
 
 /// Ends the message and writes the full 20-byte mac. @return always 0.
 Status ZEB_SHA1_HMAC_Final(ZEB_SHA1_HMAC* context, std::uint8_t* mac);
 
-/// The four status codes of a caller that hashes; which one is returned tells the failing step.
+/// The status codes that a caller has for the three steps of a hash; the one returned tells which
+/// step failed.
 struct Sha1StepCodes {
   Status init;
   Status update;
