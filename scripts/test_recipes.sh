@@ -1,0 +1,99 @@
+#!/usr/bin/env bash
+# Usage: scripts/test_recipes.sh [FOLDER OF A PROGRAM...]     (default: the release build's)
+#
+# Runs what the documents tell a reader to type, exactly as printed, and the examples of the manual
+# pages. A block of a document is run when a comment stands before it:
+#
+#   <!-- run -->              in a fresh folder with keys and images of both schemes
+#   <!-- run on -->           where the block before it ended
+#   <!-- run before all -->   once more before each later block of the document
+#   <!-- run, refuse FILE@OFFSET... -->   and once for each FILE with a byte changed, when it must fail
+#                             (without OFFSET the middle one; below 0 counted from the end)
+#
+# A block of commands ends with the status of its commands. In a block with "$ " prompts, the lines
+# after a command must be in what it prints.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+if (($# == 0)); then set -- "$root"/build/release/{front,inspect}; fi
+for folder in "$@"; do PATH=$folder:$PATH; done
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() {
+  printf 'error: %s\n' "$*" >&2
+  exit 1
+}
+
+# The examples of both manual pages; they go through both schemes, from keys to verified images.
+mkdir fresh
+head -c 15360 /dev/urandom >fresh/BL1.bin
+head -c 61441 /dev/urandom >fresh/BL2.bin
+for program in Sealwright_V21_client Sealwright_V21; do
+  sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;p}' "$root/docs/$program.1" >examples.sh
+  (cd fresh && bash -e ../examples.sh) >>output
+done
+(($(grep -c '^Stage .: Signature verification is successful.$' output) == 6)) ||
+  fail "an example of the manual pages did not end with a valid image"
+echo "Ran the manual pages' examples"
+
+# Takes a document apart into NUMBER.sh and NUMBER.marker.
+split_document() {
+  awk '
+    /^<!-- run.*-->$/ { marker = $0; next }
+    /^```/ && name != "" { name = ""; next }
+    /^```/ && marker != "" {
+      name = sprintf("%03d", ++count)
+      print marker >(name ".marker")
+      prompts = $0 == "```"
+      marker = ""
+      next
+    }
+    name == "" { next }
+    prompts && /^\$ / { print "output=$(" substr($0, 3) ")" >(name ".sh"); next }
+    prompts { gsub(/'\''/, "'\''\\'\'''\''"); $0 = "grep -q -F -x -- '\''" $0 "'\'' <<<\"$output\"" }
+    { print >(name ".sh") }' "$1"
+}
+
+change_byte() {
+  local file=${1%@*} offset=${1##*@} length
+  length=$(stat -c %s "$file")
+  if [[ $offset == "$1" ]]; then offset=$((length / 2)); fi
+  if ((offset < 0)); then offset=$((length + offset)); fi
+  perl -e 'open F, "+<", $ARGV[0] or die; seek F, $ARGV[1], 0; read F, $b, 1; seek F, $ARGV[1], 0;
+    print F $b ^ "\x40"' "$file" "$offset"
+}
+
+# Runs a block in a folder. Without a terminal, OpenSSL takes a passphrase from standard input.
+run_block() {
+  cat "$before_all" "$2" >block.sh
+  (cd "$1" && printf 'a passphrase\na passphrase\n' | setsid bash -e ../block.sh >../output 2>&1)
+}
+
+for document in "$root"/README.md "$root"/docs/*.md; do
+  rm -rf ./*.marker ./[0-9]*.sh room
+  split_document "$document"
+  before_all=/dev/null
+  blocks=0
+  for marker_file in ./*.marker; do
+    [[ -e $marker_file ]] || continue
+    marker=$(<"$marker_file")
+    block=${marker_file%.marker}.sh
+    what="${document##*/}, block $(grep -m 1 . "$block")"
+    if [[ $marker == *'before all'* ]]; then
+      before_all=$block
+      continue
+    fi
+    if [[ $marker == *'run on'* ]]; then cp -a room start; else cp -a fresh start; fi
+    for change in $(sed -n 's/.*refuse \(.*\) -->/\1/p' "$marker_file"); do
+      rm -rf room && cp -a start room
+      (cd room && change_byte "$change")
+      if run_block room "$block"; then fail "$what: accepts a change of $change"; fi
+    done
+    rm -rf room && mv start room
+    run_block room "$block" || { cat output >&2; fail "$what"; }
+    blocks=$((blocks + 1))
+  done
+  if ((blocks > 0)); then echo "Ran $blocks blocks of ${document##*/}"; fi
+done
+if compgen -G '/dev/shm/sealwright.*' >/dev/null; then fail "keys are left in /dev/shm"; fi
