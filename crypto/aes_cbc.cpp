@@ -174,6 +174,23 @@ Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint
   return ZEB_SUCCESS;
 }
 
+Status aes_cbc_encrypt_message(AesCbcContext* context, std::uint8_t* in, std::uint32_t length,
+                               std::uint8_t* out) {
+  std::uint32_t written = length;
+  std::uint32_t last = 0;
+  const Status status = ZEB_AES_CBC_EncUpdate(context, in, length, out, &written);
+  if (status != ZEB_SUCCESS) return status;
+  return ZEB_AES_CBC_EncFinal(context, in + length, &last);
+}
+
+Status aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out, std::uint32_t length) {
+  std::uint32_t opened = 0;
+  std::uint32_t last = 0;
+  const Status status = ZEB_AES_CBC_DecUpdate(context, in_out, length, in_out, &opened);
+  if (status != ZEB_SUCCESS) return status;
+  return ZEB_AES_CBC_DecFinal(context, in_out + opened, &last);
+}
+
 std::uint32_t zeb_SetPadding(std::uint8_t* block, std::uint32_t used, std::uint32_t blockSize,
                              std::uint32_t rule) {
   if (rule == AES_PADDING_NONE) return used == 0 ? 0 : ZEB_ERR_NOT_WHOLE_BLOCKS;

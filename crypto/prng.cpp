@@ -183,6 +183,13 @@ Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length
   return ZEB_SUCCESS;
 }
 
+void forget_random_state() {
+  wipe(sabSecretState, sizeof sabSecretState);
+  wipe(sabRandPool, sizeof sabRandPool);
+  uIndexRandPool = prng_block_length;
+  suCount = prng_blocks_per_seed;
+}
+
 void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
   if (length < word_length) return;  // no ring to stir into
   pInit = buffer;

@@ -21,6 +21,10 @@ Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination);
 /// @return 0, or ZEB_ERR_NULL_POINTER when `seed` is null and `seed_length` is not 0.
 Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length);
 
+/// Forgets the state, for the end of the process: the pool may hold bytes of a key just made. A
+/// later call seeds afresh.
+void forget_random_state();
+
 /// XORs noise into the `length` bytes of `buffer`, as a ring of 32-bit words, in this order: up to
 /// 256 bytes each of "noise.dat" in the working directory and of /dev/random, the clock, the
 /// process's resource usage, 256 bytes of rand() and 256 of getrandom(). A source that is missing

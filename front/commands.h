@@ -7,6 +7,10 @@
 /// What every key generation returns, also one that failed.
 extern const std::int32_t key_generation_status;
 
+/// Aborts where neither /dev/random nor the kernel's generator delivers: what draws on it would be
+/// there to guess. For the start of commands that make keys or signatures.
+void require_randomness();
+
 /// Prints that a root key is being made, then makes it with its files. @return 0.
 std::int32_t generate_sb20_root_keys(Arguments arguments);
 std::int32_t generate_sb10_root_keys(Arguments arguments);

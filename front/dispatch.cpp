@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "crypto/prng.h"
 #include "front/texts.h"
 #include "sb10/key_store.h"
 #include "sb20/key_store.h"
@@ -27,7 +28,8 @@ void occupy_standard_descriptors() {
   if (descriptor >= 0) close(descriptor);
 }
 
-void wipe_key_stores() {
+void forget_secrets() {
+  forget_random_state();
   wipe_key_store();
   wipe_sb20_key_store();
   wipe_sb10_key_store();
@@ -52,7 +54,7 @@ std::int32_t run_command(int argument_count, Arguments arguments, const Driver& 
 std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains) {
   occupy_standard_descriptors();
   // Also where a command ends the process itself. A full table of handlers is no reason to stop.
-  [[maybe_unused]] const int ignored = std::atexit(wipe_key_stores);
+  [[maybe_unused]] const int ignored = std::atexit(forget_secrets);
   if (argument_count < min_argument_count || argument_count > max_argument_count) {
     print_short_usage();
     return -1;

@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "crypto/prng.h"
 #include "crypto/rsa.h"
 #include "front/commands.h"
 #include "front/image.h"
@@ -12,6 +13,7 @@
 #include "scheme/key_pair.h"
 #include "scheme/key_store.h"
 #include "scheme/messages.h"
+#include "util/early_end.h"
 
 // Quirk: key generation exits with 0 also when it failed; scripts depend on it.
 const std::int32_t key_generation_status = 0;
@@ -29,19 +31,26 @@ std::int32_t verify_stage2(const Image& image, ByteView key, std::uint32_t signa
 
 }  // namespace
 
+void require_randomness() {
+  if (!random_source_available()) abort_run();
+}
+
 std::int32_t generate_sb20_stage2_keys(Arguments arguments) {
+  require_randomness();
   std::fputs(generating_2048_line, stdout);
   sb20_Generate_KeyPair(stage2_key_mode, arguments[2]);
   return key_generation_status;
 }
 
 std::int32_t generate_sb10_stage2_keys(Arguments arguments) {
+  require_randomness();
   std::fputs(generating_1024_line, stdout);
   sb10_Generate_KeyPair(stage2_key_mode, arguments[2]);
   return key_generation_status;
 }
 
 std::int32_t sign_sb20_stage2(Arguments arguments) {
+  require_randomness();
   const Image image = read_image(arguments[2], signature_bytes_2048);
   std::uint32_t signature_length = signature_bytes_2048;
   const Status status = sb20_Generate_Stage2(arguments[4], image.buffer.data(), image.length,
@@ -50,6 +59,7 @@ std::int32_t sign_sb20_stage2(Arguments arguments) {
 }
 
 std::int32_t sign_sb10_stage2(Arguments arguments) {
+  require_randomness();
   const Image image = read_image(arguments[2], signature_bytes_1024);
   std::uint32_t signature_length = signature_bytes_1024;
   const Status status = sb10_Generate_Stage2(arguments[4], image.buffer.data(), image.length,

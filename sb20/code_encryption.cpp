@@ -31,11 +31,8 @@ Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint
 }
 
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
-  std::uint32_t opened = 0;
-  std::uint32_t last = 0;
   if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
-      ZEB_AES_CBC_DecUpdate(&cipher, code, codeLen, code, &opened) != ZEB_SUCCESS ||
-      ZEB_AES_CBC_DecFinal(&cipher, code + opened, &last) != ZEB_SUCCESS) {
+      aes_cbc_decrypt_message(&cipher, code, codeLen) != ZEB_SUCCESS) {
     return CIPHER_ERR_OPEN;
   }
   return ZEB_SUCCESS;
@@ -75,10 +72,7 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
     return CIPHER_ERR_SETUP;
   }
 
-  std::uint32_t written = codeLen;
-  std::uint32_t last = 0;
-  if (ZEB_AES_CBC_EncUpdate(&cipher, code, codeLen, ciphertext.data(), &written) != ZEB_SUCCESS ||
-      ZEB_AES_CBC_EncFinal(&cipher, code + codeLen, &last) != ZEB_SUCCESS) {
+  if (aes_cbc_encrypt_message(&cipher, code, codeLen, ciphertext.data()) != ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
   std::memcpy(opened.data(), ciphertext.data(), codeLen);

@@ -63,13 +63,10 @@ Status do_PrivateKey_Encrypt(std::int32_t mode, std::uint8_t* buffer, std::uint3
       ZEB_AES_CBC_EncInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
-  std::uint32_t written = size;
-  std::uint32_t last = 0;
-  if (ZEB_AES_CBC_EncUpdate(&cipher, buffer, size, scratch.get(), &written) != ZEB_SUCCESS ||
-      ZEB_AES_CBC_EncFinal(&cipher, buffer + written, &last) != ZEB_SUCCESS) {
+  if (aes_cbc_encrypt_message(&cipher, buffer, size, scratch.get()) != ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
-  std::copy_n(scratch.get(), written + last, buffer);
+  std::copy_n(scratch.get(), size, buffer);
   return ZEB_SUCCESS;
 }
 
@@ -79,11 +76,6 @@ Status do_PrivateKey_Decrypt(std::int32_t mode, std::uint8_t* buffer, std::uint3
   if (set_up_cipher(cipher, mode) != ZEB_SUCCESS || ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
-  std::uint32_t opened = 0;
-  std::uint32_t last = 0;
-  if (ZEB_AES_CBC_DecUpdate(&cipher, buffer, size, buffer, &opened) != ZEB_SUCCESS ||
-      ZEB_AES_CBC_DecFinal(&cipher, buffer + opened, &last) != ZEB_SUCCESS) {
-    return CIPHER_ERR_RUN;
-  }
-  return ZEB_SUCCESS;
+  const Status status = aes_cbc_decrypt_message(&cipher, buffer, size);
+  return status == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_RUN;
 }
