@@ -10,29 +10,27 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/setup.sh"
 
 readonly block_length=16           # bytes; scheme 2.1 encrypts BL1 in whole blocks
+readonly build_info_length=48      # bytes that -P adds
 readonly sample_bl1_length=15360   # 16 KiB when sealed by scheme 2.1
 readonly sample_bl2_length=614399  # BL2 may have any length
 
-check_image() {
-  [[ -f $1 && -r $1 ]] || fail "no readable file: $1"
-}
+length_of() { stat -L -c %s "$1"; }
 
 check_bl1_length() {
   local length=$1 name=$2
   local rest=$((length % block_length))
   if ((rest == 0)); then return; fi
-  local padded=$((length - rest + block_length))
   fail "$name has $length bytes. Scheme 2.1 encrypts BL1 in blocks of $block_length bytes, and the" \
     "tool refuses other lengths without a message. Pad it with zero bytes, for example with" \
-    "'truncate -s $padded $(printf %q "$name")', and run this again."
+    "'truncate -s $((length - rest + block_length)) $(printf %q "$name")', and run this again."
 }
 
-length_of() { stat -L -c %s "$1"; }
-
-# --- What to work on: looked at before anything is installed, built or written.
+# --- What to work on: checked before anything is installed, built or written.
 
 if (($# > 2)); then fail "usage: scripts/quickstart.sh [BL1 [BL2]]"; fi
-for image in "$@"; do check_image "$image"; done
+for image in "$@"; do
+  [[ -f $image && -r $image ]] || fail "no readable file: $image"
+done
 if (($# > 0)); then check_bl1_length "$(length_of "$1")" "$1"; fi
 demo=${SEALWRIGHT_DEMO:-sealwright-demo}
 if [[ -e $demo || -L $demo ]]; then
@@ -57,11 +55,9 @@ export PATH="$root/build/release/front:$PATH"
 
 # --- The images.
 
-mkdir "$demo"
+mkdir -p "$demo"/v{2.1,1.1}
 demo=$(cd "$demo" && pwd)
-for scheme in 2.1 1.1; do
-  mkdir "$demo/v$scheme"
-done
+say "The folder is $demo"
 make_or_copy() {
   local name=$1 sample_length=$2 given=${3:-}
   if [[ -n $given ]]; then
@@ -74,11 +70,8 @@ make_or_copy() {
   chmod u+rw "$demo/v2.1/$name"
   cp -- "$demo/v2.1/$name" "$demo/v1.1/$name"
 }
-say "The folder is $demo"
 make_or_copy BL1.bin "$sample_bl1_length" "${1:-}"
 make_or_copy BL2.bin "$sample_bl2_length" "${2:-}"
-bl1_length=$(length_of "$demo/v2.1/BL1.bin")
-bl2_length=$(length_of "$demo/v2.1/BL2.bin")
 
 # --- The walk. The exit status alone does not tell success from failure (see the manual), so each
 # step is judged by its verdict line and by the files that it must have written.
@@ -87,23 +80,36 @@ stop() {
   fail "stopped: $*. What was made so far is in $demo."
 }
 
-# Runs a command as typed and shows what it prints.
+# The names and lengths of a scheme's files.
+set_scheme() {
+  scheme=$1
+  if [[ $scheme == 2.1 ]]; then
+    public_info=publicKeyInfo_V21.dat private_key=privateKey_V21.dat efuse=eFuseData_V21.dat
+    spk=stage2Key_V21.spk prv=stage2Key_V21.prv sealed_in=publicKeyInfo_V21_stage2.dat
+    secured_bl1=secured_BL1_V21.bin secured_bl2=secured_BL2_V21.bin
+    lengths=([public_info]=548 [private_key]=1200 [efuse]=20 [spk]=548 [prv]=1200)
+    context_length=1024 signature_length=256
+  else
+    public_info=publicKeyInfo.dat private_key=privateKey.dat efuse=eFuseData.dat
+    spk=stage2Key.spk prv=stage2Key.prv sealed_in=stage2_key.spk
+    secured_bl1=secured_BL1_V11.bin secured_bl2=secured_BL2.bin
+    lengths=([public_info]=280 [private_key]=608 [efuse]=16 [spk]=308 [prv]=640)
+    context_length=512 signature_length=128
+  fi
+}
+declare -A lengths
+
+# Runs a command as typed and shows what it prints; of the tool's banners only the first.
 run() {
   printf '\n$ %s\n' "$*"
   output=$("$@" 2>&1) || true
-  if [[ -n $output ]]; then printf '%s\n' "$output"; fi
-}
-
-# The same for a command of the tool; its banner is shown once for each scheme.
-run_tool() {
-  printf '\n$ Sealwright_V21 %s\n' "$*"
-  output=$(Sealwright_V21 "$@" 2>&1) || true
+  if [[ -z $output ]]; then return; fi
   if [[ -z $banner_shown ]]; then
     printf '%s\n' "$output"
     say "Each command prints this banner; it is left out from here on."
     banner_shown=yes
   else
-    # From the empty first line and the title to the empty line behind the notice.
+    # From the empty first line and the title to the empty line after the notice.
     printf '%s\n' "$output" | sed -e '1{/^$/d}' -e '/^\*\*\*Sealwright/,/^$/d'
   fi
 }
@@ -118,106 +124,83 @@ made() {
   (($(length_of "$name") == length)) || stop "$name has $(length_of "$name") bytes, not $length"
 }
 
-owner_only() {
-  [[ $(stat -c %a "$1") == 600 ]] || stop "others may read $1"
+# The same for a key file, under the name of its variable; owner: nobody else may read it.
+made_key() {
+  made "${!1}" "${lengths[$1]}"
+  if [[ ${2:-} == owner && $(stat -c %a "${!1}") != 600 ]]; then stop "others may read ${!1}"; fi
 }
 
-walk_v21() {
-  run_tool -v2.1 -KEYGEN
-  made publicKeyInfo_V21.dat 548
-  made privateKey_V21.dat 1200
-  made eFuseData_V21.dat 20
-  owner_only privateKey_V21.dat
-  run_tool -v2.1 stage2Key -STAGE2_KEYGEN
-  made stage2Key_V21.spk 548
-  made stage2Key_V21.prv 1200
-  owner_only stage2Key_V21.prv
-  run cp stage2Key_V21.spk publicKeyInfo_V21_stage2.dat
-  made publicKeyInfo_V21_stage2.dat 548
-  run_tool -v2.1 BL1.bin secured_BL1_V21.bin -STAGE1
+# Seals BL1 and checks it; the words after the first two follow -STAGE1.
+seal_bl1() {
+  local output_name=$1 added=$2
+  run Sealwright_V21 "-v$scheme" BL1.bin "$output_name" -STAGE1 "${@:3}"
   verdict 'Stage 1: Signature generation is successful.'
-  made secured_BL1_V21.bin $((bl1_length + 1024))
-  run_tool -v2.1 BL1.bin secured_BL1_V21_info.bin -STAGE1 -P
-  verdict 'Stage 1: Signature generation is successful.'
-  made secured_BL1_V21_info.bin $((bl1_length + 48 + 1024))
-  run_tool -v2.1 BL2.bin secured_BL2_V21.bin stage2Key_V21.prv -STAGE2
-  verdict 'Stage 2: Signature generation is successful.'
-  made secured_BL2_V21.bin $((bl2_length + 256))
-  run_tool -v2.1 secured_BL1_V21.bin eFuseData_V21.dat -VERIFY
+  made "$output_name" $(($(length_of BL1.bin) + added))
+  run Sealwright_V21 "-v$scheme" "$output_name" "$efuse" -VERIFY
   verdict 'Stage 1: Signature verification is successful.'
-  run_tool -v2.1 secured_BL1_V21_info.bin eFuseData_V21.dat -VERIFY
-  verdict 'Stage 1: Signature verification is successful.'
-  run_tool -v2.1 secured_BL2_V21.bin stage2Key_V21.spk -STAGE2_VERIFY
-  verdict 'Stage 2: Signature verification is successful.'
 }
 
-walk_v11() {
-  run_tool -v1.1 -KEYGEN
-  made publicKeyInfo.dat 280
-  made privateKey.dat 608
-  made eFuseData.dat 16
-  owner_only privateKey.dat
-  run_tool -v1.1 stage2Key -STAGE2_KEYGEN
-  made stage2Key.spk 308
-  made stage2Key.prv 640
-  owner_only stage2Key.prv
-  run cp stage2Key.spk stage2_key.spk
-  made stage2_key.spk 308
-  run_tool -v1.1 BL1.bin secured_BL1_V11.bin -STAGE1
-  verdict 'Stage 1: Signature generation is successful.'
-  made secured_BL1_V11.bin $((bl1_length + 512))
-  run_tool -v1.1 BL2.bin secured_BL2.bin stage2Key.prv -STAGE2
-  verdict 'Stage 2: Signature generation is successful.'
-  made secured_BL2.bin $((bl2_length + 128))
-  run_tool -v1.1 secured_BL1_V11.bin eFuseData.dat -VERIFY
-  verdict 'Stage 1: Signature verification is successful.'
-  run_tool -v1.1 secured_BL2.bin stage2Key.spk -STAGE2_VERIFY
-  verdict 'Stage 2: Signature verification is successful.'
-}
-
-for scheme in 2.1 1.1; do
+walk() {
   banner_shown=
+  run Sealwright_V21 "-v$scheme" -KEYGEN
+  made_key public_info
+  made_key private_key owner
+  made_key efuse
+  run Sealwright_V21 "-v$scheme" stage2Key -STAGE2_KEYGEN
+  made_key spk
+  made_key prv owner
+  run cp "$spk" "$sealed_in"
+  seal_bl1 "$secured_bl1" "$context_length"
+  if [[ $scheme == 2.1 ]]; then
+    seal_bl1 secured_BL1_V21_info.bin $((build_info_length + context_length)) -P
+  fi
+  run Sealwright_V21 "-v$scheme" BL2.bin "$secured_bl2" "$prv" -STAGE2
+  verdict 'Stage 2: Signature generation is successful.'
+  made "$secured_bl2" $(($(length_of BL2.bin) + signature_length))
+  run Sealwright_V21 "-v$scheme" "$secured_bl2" "$spk" -STAGE2_VERIFY
+  verdict 'Stage 2: Signature verification is successful.'
+}
+
+for version in 2.1 1.1; do
+  set_scheme "$version"
   printf '\n'
   say "Scheme $scheme: the commands as typed in $demo/v$scheme"
   cd "$demo/v$scheme"
-  "walk_v${scheme/./}"
+  walk
 done
 
 # --- What there is now.
 
 describe() {
-  printf '  %-34s %9s  %s\n' "$1" "$(length_of "$demo/$1")" "$2"
+  printf '  %-34s %9s  %s\n' "v$scheme/$1" "$(length_of "$demo/v$scheme/$1")" "$2"
 }
 
 printf '\n'
 say "Both schemes went through. The files in $demo, with their sizes in bytes:"
-describe v2.1/eFuseData_V21.dat "to be fused; it also opens the encrypted BL1, so keep it secret"
-describe v2.1/publicKeyInfo_V21.dat "root public key, bound to the eFuse data"
-describe v2.1/privateKey_V21.dat "root private key: secret, cannot be made again"
-describe v2.1/stage2Key_V21.spk "stage-2 public key"
-describe v2.1/stage2Key_V21.prv "stage-2 private key: secret"
-describe v2.1/publicKeyInfo_V21_stage2.dat "the stage-2 public key under the name that -STAGE1 reads"
-describe v2.1/BL1.bin "first-stage image"
-describe v2.1/secured_BL1_V21.bin "sealed BL1: encrypted code and boot context"
-describe v2.1/secured_BL1_V21_info.bin "the same with build information"
-describe v2.1/BL2.bin "second-stage image"
-describe v2.1/secured_BL2_V21.bin "sealed BL2: image and signature"
-describe v1.1/eFuseData.dat "to be fused"
-describe v1.1/publicKeyInfo.dat "root public key, bound to the eFuse data"
-describe v1.1/privateKey.dat "root private key: secret, cannot be made again"
-describe v1.1/stage2Key.spk "stage-2 public key"
-describe v1.1/stage2Key.prv "stage-2 private key: secret"
-describe v1.1/stage2_key.spk "the stage-2 public key under the name that -STAGE1 reads"
-describe v1.1/BL1.bin "first-stage image"
-describe v1.1/secured_BL1_V11.bin "sealed BL1: image and boot context"
-describe v1.1/BL2.bin "second-stage image"
-describe v1.1/secured_BL2.bin "sealed BL2: image and signature"
+for version in 2.1 1.1; do
+  set_scheme "$version"
+  if [[ $scheme == 2.1 ]]; then
+    describe "$efuse" "to be fused; it also opens the encrypted BL1, so keep it secret"
+  else
+    describe "$efuse" "to be fused"
+  fi
+  describe "$public_info" "root public key, bound to the eFuse data"
+  describe "$private_key" "root private key: secret, cannot be made again"
+  describe "$spk" "stage-2 public key"
+  describe "$prv" "stage-2 private key: secret, cannot be made again"
+  describe "$sealed_in" "the stage-2 public key under the name that -STAGE1 reads"
+  describe BL1.bin "first-stage image"
+  describe "$secured_bl1" "sealed BL1: code and boot context"
+  if [[ $scheme == 2.1 ]]; then describe secured_BL1_V21_info.bin "the same with build information"; fi
+  describe BL2.bin "second-stage image"
+  describe "$secured_bl2" "sealed BL2: image and signature"
+done
 cat <<END
 
 What to do next:
   - These keys are for trying out. For devices, make a folder for each key set, make the root keys
     there with "Sealwright_V21 -v2.1 -KEYGEN" and back them up: the command writes over older ones.
-  - Read docs/security.md before you fuse anything.
+  - Read docs/security.md before you fuse anything, and docs/keys.md on keeping keys.
   - Install the tool and its manual:   cmake --install build/release --prefix DIRECTORY
   - Customers who make and check stage-2 keys and images alone get Sealwright_V21_client.
   - Run the tests:                     scripts/test.sh

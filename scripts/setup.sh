@@ -17,18 +17,29 @@ fail() {
   exit 1
 }
 
-# Runs a command as root, and says so.
-as_root() {
-  if ((EUID == 0)); then
-    say "$*"
-    "$@"
-  elif command -v sudo >/dev/null; then
-    say "sudo $*"
+# Runs apt-get as root. What it prints goes into $apt_log and is shown only when it fails.
+apt_log=
+apt() {
+  local command=(env DEBIAN_FRONTEND=noninteractive apt-get -q "$@")
+  if ((EUID != 0)); then
+    has_command sudo || fail "this needs root, and there is no sudo: ${command[*]}"
+    say "sudo ${command[*]}"
+    command=(sudo "${command[@]}")
     # Where nobody can answer, sudo must not ask.
-    if [[ -n ${CI:-} || ! -t 0 ]]; then sudo -n "$@"; else sudo "$@"; fi
-  else
-    fail "this needs root, and there is no sudo: $*"
+    if [[ -n ${CI:-} || ! -t 0 ]]; then command=(sudo -n "${command[@]:1}"); fi
   fi
+  apt_log=${apt_log:-$(mktemp)}
+  if "${command[@]}" </dev/null >"$apt_log" 2>&1; then return; fi
+  cat "$apt_log" >&2
+  return 1
+}
+
+# What installing packages means, in words: "82.1 MB to download, 310 MB on disk".
+size_of_installation() {
+  LC_ALL=C apt-get -o Debug::NoLocking=1 install --assume-no --no-install-recommends "$@" 2>/dev/null |
+    sed -n -e 's/^Need to get \(.*\/\)\?\(.*B\) of archives\.$/\2 to download/p' \
+      -e 's/^After this operation, \(.*B\) of additional disk space will be used\.$/\1 on disk/p' |
+    paste -s -d, | sed 's/,/, /'
 }
 
 # Compiles and links standard input; the arguments are options.
@@ -91,17 +102,14 @@ install_missing() {
     return
   fi
   local packages
-  packages=$(printf '%s\n' "${missing_packages[@]}" | sort -u | paste -s -d ' ')
+  mapfile -t packages < <(printf '%s\n' "${missing_packages[@]}" | sort -u)
   if ! has_command apt-get; then
-    fail "missing here: $packages. There is no apt-get: install what these Debian packages hold."
+    fail "missing here: ${packages[*]}. There is no apt-get: install what these Debian packages hold."
   fi
-  say "Installing what is missing: $packages"
   # One package source of several may be out of reach; the installation tells whether it matters.
-  as_root apt-get update -q </dev/null || say "apt-get update failed; going on with the lists there are"
-  # shellcheck disable=SC2086
-  as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -q -y --no-install-recommends $packages </dev/null ||
-    fail "could not install: $packages"
+  apt update || say "apt-get update failed; going on with the lists there are"
+  say "Installing ${packages[*]}: $(size_of_installation "${packages[@]}")"
+  apt install -y --no-install-recommends "${packages[@]}" || fail "could not install: ${packages[*]}"
 
   local probe
   for probe in "${missing_probes[@]}"; do

@@ -51,7 +51,7 @@ split_document() {
     }
     name == "" { next }
     prompts && /^\$ / { print "output=$(" substr($0, 3) ")" >(name ".sh"); next }
-    prompts { gsub(/'\''/, "'\''\\'\'''\''"); $0 = "grep -q -F -x -- '\''" $0 "'\'' <<<\"$output\"" }
+    prompts { $0 = "grep -q -F -x -- '\''" $0 "'\'' <<<\"$output\"" }
     { print >(name ".sh") }' "$1"
 }
 
@@ -85,7 +85,8 @@ for document in "$root"/README.md "$root"/docs/*.md; do
       continue
     fi
     if [[ $marker == *'run on'* ]]; then cp -a room start; else cp -a fresh start; fi
-    for change in $(sed -n 's/.*refuse \(.*\) -->/\1/p' "$marker_file"); do
+    read -r -a changes < <(sed -n 's/.*refuse \(.*\) -->/\1/p' "$marker_file") || true
+    for change in "${changes[@]}"; do
       rm -rf room && cp -a start room
       (cd room && change_byte "$change")
       if run_block room "$block"; then fail "$what: accepts a change of $change"; fi
