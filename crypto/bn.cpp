@@ -58,10 +58,10 @@ Digit bn_ModD(const Digit* a, std::uint32_t aLen, Digit d) {
 }
 
 void OS2BN(Digit* r, const std::uint8_t* octets, std::uint32_t octetLen) {
-  const std::ptrdiff_t digits = (std::ptrdiff_t{octetLen} + 3) / 4;
-  for (std::ptrdiff_t i = 0; i < digits; ++i) {
+  const std::int64_t digits = (std::int64_t{octetLen} + 3) / 4;
+  for (std::int64_t i = 0; i < digits; ++i) {
     // Always four octets: a ragged length reaches in front of the string, on purpose.
-    r[i] = load_be32(octets + (std::ptrdiff_t{octetLen} - 4 * (i + 1)));
+    r[i] = load_be32(octets + (std::int64_t{octetLen} - 4 * (i + 1)));
   }
 }
 
