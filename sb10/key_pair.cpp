@@ -67,19 +67,17 @@ Status write_root_set(const NewKey& key) {
 }
 
 void start_private_file(Sb10PrivateKeyFile& file) {
-  constexpr char text[] = "1.0, Priv, RSA-1024, CRT";
-  static_assert(sizeof text - 1 == sizeof file.text);
+  static_assert(sizeof sb10_private_key_text - 1 == sizeof file.text);
   file = {};
   file.header_length = header_length;
-  std::memcpy(file.text, text, sizeof file.text);
+  std::memcpy(file.text, sb10_private_key_text, sizeof file.text);
   file.items_length = sizeof file.items;
 }
 
 void fill_public_file(Sb10PublicKeyFile& file, const RsaPublicKey1024& key) {
-  constexpr char text[] = "1.0, Pub, RSA-1024";
   file = {};
   file.header_length = header_length;
-  std::memcpy(file.text, text, sizeof text);
+  std::memcpy(file.text, sb10_public_key_text, sizeof sb10_public_key_text);
   file.signed_length = sizeof file.n + sizeof file.e;
   file.n.length = sizeof file.n.number;
   std::memcpy(file.n.number, key.n, sizeof key.n);

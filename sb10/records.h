@@ -27,6 +27,10 @@ struct Sb10PublicKeyInfoFile {
 };
 static_assert(sizeof(Sb10PublicKeyInfoFile) == 280);
 
+/// The headers of stage-2 key files.
+inline constexpr char sb10_public_key_text[] = "1.0, Pub, RSA-1024";
+inline constexpr char sb10_private_key_text[] = "1.0, Priv, RSA-1024, CRT";
+
 /// Stage-2 public-key file (".spk").
 struct Sb10PublicKeyFile {
   std::uint32_t header_length;  // 28
@@ -68,6 +72,10 @@ struct Sb10PrivateKeyFile {
 };
 static_assert(sizeof(Sb10PrivateKeyFile) == 640);
 static_assert(offsetof(Sb10PrivateKeyFile, items) == 36);
+
+/// What marks a boot context.
+inline constexpr std::uint8_t sb10_context_magic[16] = {'S', 'B', '1', '0', '_', 'C', 'O', 'N',
+                                                        'T', 'E', 'X', 'T', 0,   0,   0,   0};
 
 /// Boot context, the record after a secured BL1 image. The signature covers the image and
 /// `stage2PublicKey`; `publicKeyInfo` carries its own HMAC; nothing covers the rest.

@@ -8,17 +8,10 @@
 #include "scheme/context_signature.h"
 #include "scheme/status.h"
 
-namespace {
-
-constexpr std::uint8_t context_magic[16] = {'S', 'B', '2', '0', '_', 'C', 'O', 'N',
-                                            'T', 'E', 'X', 'T', 0,   0,   0,   0};
-
-}  // namespace
-
 Status Generate_SB20_Context(const std::uint8_t* rootPrivateKey, std::uint32_t rootPrivateKeyLen,
                              const std::uint8_t* stage2PublicKey, const std::uint8_t* code,
                              std::uint32_t codeLen, SB20_CONTEXT* context) {
-  mark_context(context->magic, context->fill, context_magic);
+  mark_context(context->magic, context->fill, sb20_context_magic);
   const void* stage2_key = stage2PublicKey;
   if (stage2_key == nullptr) stage2_key = &context->publicKeyInfo.key;
   std::memcpy(&context->stage2PublicKey, stage2_key, sizeof context->stage2PublicKey);

@@ -43,6 +43,10 @@ static_assert(offsetof(Sb20PrivateKeyFile, p) == 528);
 static_assert(offsetof(Sb20PrivateKeyFile, qInv) == 1056);
 static_assert(offsetof(Sb20PrivateKeyFile, tail) == 1188);
 
+/// What marks a boot context.
+inline constexpr std::uint8_t sb20_context_magic[16] = {'S', 'B', '2', '0', '_', 'C', 'O', 'N',
+                                                        'T', 'E', 'X', 'T', 0,   0,   0,   0};
+
 /// Boot context, the record after the code of a secured BL1 image. The signature covers the code
 /// and `stage2PublicKey`; `publicKeyInfo` carries its own HMAC; nothing covers the rest.
 struct SB20_CONTEXT {
