@@ -1,0 +1,81 @@
+#include "inspect/boot.h"
+
+#include "inspect/secured_bl1.h"
+#include "sb20/code_encryption.h"
+
+namespace {
+
+struct Check {
+  const char* what;
+  const char* label;
+  bool ok;
+  const char* why_yes;
+  const char* why_no;
+};
+
+std::vector<Check> make_checks(const SecuredBl1* bl1, ByteView efuse,
+                               const std::optional<ByteView>& bl2) {
+  const char* no_context = "BL1 carries no boot context of either scheme";
+  const auto why_not = [&](const char* reason) { return bl1 == nullptr ? no_context : reason; };
+  std::vector<Check> checks = {
+      {"fuses", "fuses", bl1 != nullptr && verify_fuses(*bl1, efuse),
+       "they hold the root key that BL1 carries",
+       why_not("they do not hold the root key that BL1 carries")},
+      {"bl1-signature", "BL1 signature", bl1 != nullptr && verify_bl1_signature(*bl1),
+       "the root key in BL1 signed its code and stage-2 key",
+       why_not("the root key in BL1 did not sign this code and stage-2 key")}};
+  if (bl2) {
+    checks.push_back({"bl2-signature", "BL2 signature",
+                      bl1 != nullptr && verify_bl2_signature(*bl1, *bl2),
+                      "the stage-2 key in BL1 signed BL2",
+                      why_not("the stage-2 key in BL1 did not sign this BL2")});
+  }
+  return checks;
+}
+
+/// One member for all checks, and a line for each.
+void add_checks(Report& report, const std::vector<Check>& checks) {
+  std::vector<std::string> objects;
+  std::vector<Fact> lines;
+  for (const Check& check : checks) {
+    const char* reason = check.ok ? check.why_yes : check.why_no;
+    const Fact ok = yes_no_fact("ok", check.label, check.ok, reason);
+    objects.push_back(json_object({{"what", json_string(check.what)}, ok}));
+    lines.push_back({nullptr, "", ok.label, ok.words});
+    if (!check.ok) report.problems.push_back(std::string(check.label) + ": " + reason + '.');
+  }
+  report.facts.push_back({"checks", json_array(objects)});
+  report.facts.insert(report.facts.end(), lines.begin(), lines.end());
+}
+
+/// Decrypts the code where the scheme encrypts it. @return whether that can be done.
+bool open_code(const SecuredBl1& bl1, ByteView efuse, WritableBytes code) {
+  const auto* context = std::get_if<SB20_CONTEXT>(&bl1.context);
+  return context == nullptr || Decrypt_Code(efuse.data(), length_of(efuse), context, code.data(),
+                                            length_of(code)) == ZEB_SUCCESS;
+}
+
+}  // namespace
+
+Report check_boot(ByteView efuse, WritableBytes bl1, const std::optional<ByteView>& bl2) {
+  const auto found = find_secured_bl1(bl1, efuse.size() == sb10_efuse_length);
+  const std::vector<Check> checks = make_checks(found ? &*found : nullptr, efuse, bl2);
+  Report report;
+  const char* scheme = !found ? nullptr : found->context.index() == 0 ? "2.1" : "1.1";
+  report.facts.push_back(text_fact("scheme", "scheme", scheme));
+  add_checks(report, checks);
+  std::string code_sha1;
+  if (checks.front().ok) {
+    if (open_code(*found, efuse, bl1.first(found->code.size()))) {
+      code_sha1 = sha1_hex(found->code);
+    } else {
+      report.problems.emplace_back("The code of BL1 cannot be decrypted: it is not whole blocks.");
+    }
+  }
+  report.facts.push_back(sha1_fact("code_sha1", "code", code_sha1));
+  report.facts.push_back(problems_fact(report.problems));
+  // The verdict stands before its reasons.
+  const Fact verdict = yes_no_fact("boots", "boots", report.problems.empty(), "");
+  report.facts.insert(report.facts.begin() + 1, verdict);
+  return report;
+}

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string_view>
+
+#include "inspect/report.h"
+
+/// What a file is and what it holds. `name` is only repeated.
+Report describe(std::string_view name, ByteView file);

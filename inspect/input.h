@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "util/large_buffer.h"
+
+/// A regular file of at most 2^31 - 1 bytes, read whole without waiting for anything. A small one
+/// may hold a key or eFuse data and is wiped at the end.
+class Input {
+ public:
+  explicit Input(const char* path);
+  ~Input();
+  Input(const Input&) = delete;
+  Input(Input&&) = delete;
+  Input& operator=(const Input&) = delete;
+  Input& operator=(Input&&) = delete;
+
+  /// Why it could not be read; empty when it was.
+  [[nodiscard]] const std::string& failure() const { return failure_; }
+  [[nodiscard]] std::span<std::uint8_t> bytes() const { return {buffer_->data(), length_}; }
+
+ private:
+  std::optional<LargeBuffer> buffer_;
+  std::size_t length_ = 0;
+  std::string failure_;
+};

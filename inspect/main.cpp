@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "inspect/boot.h"
+#include "inspect/describe.h"
+#include "inspect/escape.h"
+#include "inspect/input.h"
+#include "inspect/options.h"
+
+namespace {
+
+enum ExitStatus : int { all_sound = 0, not_sound = 1, not_done = 2 };
+
+void complain(const std::string& what, const std::string& reason) {
+  std::fprintf(stderr, "Sealwright_inspect: %s: %s\n", what.c_str(), reason.c_str());
+}
+
+void print(const std::string& text) {
+  std::fputs(text.c_str(), stdout);
+}
+
+/// A file that could be read, or null after a complaint.
+std::unique_ptr<Input> read_input(const char* name) {
+  auto input = std::make_unique<Input>(name);
+  if (input->failure().empty()) return input;
+  complain(show_name(name), input->failure());
+  return nullptr;
+}
+
+int status_of(const Report& report) {
+  return report.problems.empty() ? all_sound : not_sound;
+}
+
+int describe_files(const Options& options) {
+  int status = all_sound;
+  const char* separator = options.json ? "[" : "";
+  for (const char* name : options.names) {
+    const auto input = read_input(name);
+    if (!input) {
+      status = not_done;
+      continue;
+    }
+    const Report report = describe(name, input->bytes());
+    status = std::max(status, status_of(report));
+    print(separator + (options.json ? to_json(report) : to_text(show_name(name), report)));
+    separator = options.json ? ",\n" : "\n";
+  }
+  if (options.json) print(*separator == '[' ? "[]\n" : "]\n");
+  return status;
+}
+
+int check_boot_chain(const Options& options) {
+  const auto efuse = read_input(options.names[0]);
+  const auto bl1 = read_input(options.names[1]);
+  const auto bl2 = options.names.size() == 3 ? read_input(options.names[2]) : nullptr;
+  if (!efuse || !bl1 || (!bl2 && options.names.size() == 3)) return not_done;
+  const Report report = check_boot(efuse->bytes(), bl1->bytes(),
+                                   bl2 ? std::optional<ByteView>(bl2->bytes()) : std::nullopt);
+  std::string title = "Does a device fused with " + show_name(options.names[0]) + " boot " +
+                      show_name(options.names[1]);
+  title += bl2 ? " and then " + show_name(options.names[2]) + '?' : "?";
+  print(options.json ? to_json(report) + '\n' : to_text(title, report));
+  return status_of(report);
+}
+
+int print_pem(const Options& options) {
+  const char* name = options.names[0];
+  const auto input = read_input(name);
+  if (!input) return not_done;
+  const Report report = describe(name, input->bytes());
+  for (const NamedKey& key : report.keys) {
+    if (report.keys.size() > 1) print(std::string(key.name) + '\n');
+    print(encode_pem(key.key));
+  }
+  for (const std::string& problem : report.problems) complain(show_name(name), problem);
+  if (!report.keys.empty()) return status_of(report);
+  complain(show_name(name), "There is no public key in it.");
+  return not_sound;
+}
+
+int run(const Options& options) {
+  if (options.action == Action::describe) return describe_files(options);
+  if (options.action == Action::boot) return check_boot_chain(options);
+  if (options.action == Action::pem) return print_pem(options);
+  if (options.action == Action::refuse) return not_done;
+  print(options.action == Action::help ? help_text : "Sealwright_inspect " SEALWRIGHT_VERSION "\n");
+  return all_sound;
+}
+
+}  // namespace
+
+/// Exits with 0 when all is sound or boots, 1 when not, and 2 when it cannot be told.
+int main(int argc, char** argv) {
+  // A reader that goes away is a write error like others.
+  std::signal(SIGPIPE, SIG_IGN);
+  const int status = run(read_options({argv + (argc > 0 ? 1 : 0), argv + argc}));
+  if (std::ferror(stdout) == 0 && std::fclose(stdout) == 0) return status;
+  complain("standard output", std::strerror(errno));
+  return not_done;
+}

@@ -1,0 +1,110 @@
+#include "inspect/report.h"
+
+#include <utility>
+
+#include "inspect/escape.h"
+
+namespace {
+
+constexpr std::size_t label_width = 20;
+
+/// Digits in groups of four, as they are read out.
+std::string group_digits(const std::string& digits) {
+  constexpr std::size_t group = 4;
+  std::vector<std::string> groups;
+  for (std::size_t i = 0; i < digits.size(); i += group) groups.push_back(digits.substr(i, group));
+  return join(groups, " ");
+}
+
+std::string show_fingerprint(const std::string& sha1) {
+  return "SHA-1 " + group_digits(sha1);
+}
+
+/// A labelled line; further lines of the words stand below the first.
+std::string show_line(const Fact& fact) {
+  std::string line = "  " + std::string(fact.label);
+  line.resize(label_width, ' ');
+  for (const char letter : fact.words) {
+    line += letter;
+    if (letter == '\n') line.append(label_width, ' ');
+  }
+  return line + '\n';
+}
+
+}  // namespace
+
+std::string join(const std::vector<std::string>& parts, const char* separator) {
+  std::string joined;
+  for (const std::string& part : parts) joined += (joined.empty() ? "" : separator) + part;
+  return joined;
+}
+
+std::string json_string(std::string_view text) {
+  return '"' + escape(text) + '"';
+}
+
+std::string json_array(const std::vector<std::string>& values) {
+  return '[' + join(values, ", ") + ']';
+}
+
+std::string json_object(const std::vector<Fact>& members) {
+  std::vector<std::string> pairs;
+  for (const Fact& member : members) {
+    if (member.name != nullptr) pairs.push_back(json_string(member.name) + ": " + member.json);
+  }
+  return '{' + join(pairs, ", ") + '}';
+}
+
+Fact text_fact(const char* name, const char* label, const char* value) {
+  if (value == nullptr) return {name, "null", label, "none"};
+  return {name, json_string(value), label, value};
+}
+
+Fact size_fact(const char* name, const char* label, std::size_t bytes) {
+  const std::string number = std::to_string(bytes);
+  return {name, number, label, number + " bytes"};
+}
+
+Fact yes_no_fact(const char* name, const char* label, bool value, std::string_view reason) {
+  std::string words = value ? "yes" : "no";
+  if (!reason.empty()) words.append(": ").append(reason);
+  return {name, value ? "true" : "false", label, words};
+}
+
+Fact problems_fact(const std::vector<std::string>& problems) {
+  std::vector<std::string> sentences;
+  sentences.reserve(problems.size());
+  for (const std::string& problem : problems) sentences.push_back(json_string(problem));
+  return {"problems", json_array(sentences)};
+}
+
+Fact sha1_fact(const char* name, const char* label, const std::string& digits) {
+  if (digits.empty()) return {name, "null", label, "not known"};
+  return {name, json_string(digits), label, show_fingerprint(digits)};
+}
+
+void add_key(Report& report, const char* name, const char* label, PublicKey key) {
+  const std::string bits = std::to_string(8 * key.modulus.size());
+  const std::string exponent = std::to_string(key.exponent);
+  const std::string sha1 = sha1_hex(encode_der(key));
+  report.facts.push_back(
+      {name,
+       json_object({{"bits", bits},
+                    {"exponent", exponent},
+                    {"modulus", json_string(to_hex(key.modulus))},
+                    {"sha1", json_string(sha1)}}),
+       label, "RSA, " + bits + " bits, exponent " + exponent + '\n' + show_fingerprint(sha1)});
+  report.keys.push_back({label, std::move(key)});
+}
+
+std::string to_json(const Report& report) {
+  return json_object(report.facts);
+}
+
+std::string to_text(const std::string& title, const Report& report) {
+  std::string text = title + '\n';
+  for (const Fact& fact : report.facts) {
+    if (fact.label != nullptr) text += show_line(fact);
+  }
+  return text;
+}

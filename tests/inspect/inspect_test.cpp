@@ -1,0 +1,209 @@
+#include <gmock/gmock.h>
+#include <openssl/pem.h>
+#include <openssl/x509.h>
+#include <sys/stat.h>
+
+#include <iomanip>
+
+#include "inspect/boot.h"
+#include "inspect/describe.h"
+#include "sb20/records.h"
+#include "scheme/private_key_file.h"
+#include "tests/support/openssl_schemes.h"
+#include "tests/support/schemes.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string hex(const Bytes& bytes) {
+  std::ostringstream text;
+  for (const unsigned byte : bytes) text << std::hex << std::setw(2) << std::setfill('0') << byte;
+  return text.str();
+}
+
+std::string describe_json(const Bytes& file) {
+  return to_json(describe("f", file));
+}
+
+Bytes damage(Bytes bytes, std::size_t at) {
+  bytes.at(at) ^= 0x10;
+  return bytes;
+}
+
+class Inspect : public testing::TestWithParam<Scheme> {
+ protected:
+  const Scheme& scheme = GetParam();
+  const std::size_t width = scheme.signature_length;
+  const std::string scheme_name = scheme.is_v11() ? "1.1" : "2.1";
+  const std::string e = scheme.is_v11() ? "65537" : "3";
+  const std::string public_key = "key" + scheme.public_suffix;
+  const std::string private_key = "key" + scheme.private_suffix;
+
+  /// A file of one of two devices.
+  const Bytes& file(const std::string& name, int device = 0) const {
+    static std::map<std::string, Snapshot> made;
+    Snapshot& files = made[scheme.name + std::to_string(device)];
+    if (files.empty()) files = make_device(scheme);
+    return files.at(name);
+  }
+  /// The public key that lies at `n` of a file, by OpenSSL: as JSON and as PEM.
+  std::pair<std::string, std::string> key_at(const std::string& name, std::size_t n) const {
+    const Bytes modulus = slice(file(name), n, width);
+    const EvpKey key = make_evp_key(little_endian(modulus), std::stoul(e), 1);
+    Bytes der(512);
+    unsigned char* end = der.data();
+    der.resize(static_cast<std::size_t>(i2d_PUBKEY(key.get(), &end)));
+    const std::unique_ptr<BIO, int (*)(BIO*)> pem(BIO_new(BIO_s_mem()), BIO_free);
+    PEM_write_bio_PUBKEY(pem.get(), key.get());
+    char* text = nullptr;
+    const auto length = static_cast<std::size_t>(BIO_get_mem_data(pem.get(), &text));
+    return {R"({"bits": )" + std::to_string(8 * width) + R"(, "exponent": )" + e +
+                R"(, "modulus": ")" + hex(Bytes(modulus.rbegin(), modulus.rend())) +
+                R"(", "sha1": ")" + hex(sha1(der)) + "\"}",
+            std::string(text, length)};
+  }
+};
+
+TEST_P(Inspect, SaysWhatEachFileHolds) {
+  const TempDirectory there;
+  const auto [root, root_pem] = key_at(scheme.root_info, scheme.root_n);
+  const auto [stage2, stage2_pem] = key_at(public_key, scheme.n);
+  const std::string owned = R"(, "proof_of_possession": true)", agrees = R"(, "consistent": true)";
+  const struct {
+    std::string kind, name, rest, pem;
+  } cases[] = {
+      {"efuse-data", scheme.efuse, "", ""},
+      {"public-key", scheme.root_info, R"(, "key": )" + root + owned, root_pem},
+      {"public-key", public_key, R"(, "key": )" + stage2 + owned, stage2_pem},
+      {"private-key", scheme.root_private, R"(, "key": )" + root + agrees, root_pem},
+      {"private-key", private_key, R"(, "key": )" + stage2 + agrees, stage2_pem},
+      {"secured-bl1", "sealed1",
+       R"(, "code_size": 1024, "build_info": null, "root_key": )" + root + R"(, "stage2_key": )" +
+           stage2,
+       "root key\n" + root_pem + "stage-2 key\n" + stage2_pem},
+  };
+  for (const auto& [kind, name, rest, pem] : cases) {
+    write_bytes(there / name, file(name));
+    const std::string size = std::to_string(file(name).size());
+    EXPECT_EQ(run_program(INSPECT_TOOL, {"--json", name}, there.path()).output,
+              R"([{"file": ")" + name + R"(", "kind": ")" + kind + R"(", "scheme": ")" +
+                  scheme_name + R"(", "size": )" + size + R"(, "sound": true, "problems": [])" +
+                  rest + "}]\n");
+    const Outcome run = run_program(INSPECT_TOOL, {"--pem", name}, there.path());
+    EXPECT_EQ(run.output, pem);
+    EXPECT_EQ(run.status, pem.empty() ? 1 : 0);
+  }
+  EXPECT_THAT(describe_json(file("sealed2")), HasSubstr(R"("kind": "unknown", "scheme": null)"));
+}
+
+TEST_P(Inspect, NoticesDamageToKeyFiles) {
+  for (const std::string& name : {scheme.root_info, public_key}) {
+    for (std::size_t at = name == public_key ? scheme.proven : 0; at < file(name).size(); at += 7) {
+      EXPECT_THAT(describe_json(damage(file(name), at)),
+                  HasSubstr(R"("proof_of_possession": false)"));
+    }
+  }
+  for (const std::string& name : {scheme.root_private, private_key}) {
+    const bool has_header = scheme.is_v11() && name == private_key;
+    const std::size_t tail = scheme.is_v11() ? (has_header ? 0 : 4) : 12;
+    Bytes plain = file(name);
+    const auto length = static_cast<std::uint32_t>(plain.size());
+    do_PrivateKey_Decrypt(scheme.key_file_mode, plain.data(), length);
+    for (std::size_t at = has_header ? 36 : 0; at < length - tail; at += 4) {
+      Bytes damaged = damage(plain, at);
+      do_PrivateKey_Encrypt(scheme.key_file_mode, damaged.data(), length);
+      EXPECT_THAT(describe_json(damaged), HasSubstr(R"("sound": false)")) << name << at;
+    }
+  }
+}
+
+TEST(InspectBuildInfo, IsRecognisedByTagAndZeros) {
+  Bytes image(32 + 48 + 1024);
+  store_le32(&image[32 + 4], 1234567890);
+  std::ranges::copy(std::string("Vextral T.QRV Stage2Key"), &image[32 + 12]);
+  std::ranges::copy(sb20_context_magic, &image[32 + 48 + 944]);
+  EXPECT_THAT(describe_json(image),
+              HasSubstr(R"("code_size": 32, "build_info": {"time": "2009-02-13T23:31:30Z", )"
+                        R"("tag": "Vextral T.QRV Stage2Key"})"));
+  for (const std::size_t at : {32, 43, 44, 67, 68, 79}) {
+    EXPECT_THAT(describe_json(damage(image, at)), HasSubstr(R"("build_info": null)"));
+  }
+}
+
+/// Whether it boots and what each check says, as + and -.
+std::string verdicts(const Bytes& efuse, Bytes bl1, const Bytes& bl2) {
+  const std::string json = to_json(check_boot(efuse, bl1, bl2));
+  std::string signs;
+  for (std::size_t i = 0; i < json.size(); ++i) {
+    if (json.compare(i, 6, ": true") == 0) signs += '+';
+    if (json.compare(i, 7, ": false") == 0) signs += '-';
+  }
+  return signs;
+}
+
+TEST_P(Inspect, TellsWhetherADeviceBoots) {
+  Bytes bl1 = file("sealed1");
+  const Bytes bl2 = file("sealed2"), efuse = file(scheme.efuse), other = file(scheme.efuse, 1);
+  const std::size_t context = bl1.size() - scheme.context_length;
+  const std::pair<std::size_t, std::string> parts[] = {
+      {0, "-+-+"},
+      {context + scheme.root_n + 9, "-+--"},  // the stage-2 key
+      {context + scheme.context_signature - (scheme.is_v11() ? 0 : 4), "-+-+"},
+      {context + scheme.context_signature + width - 1, "-+-+"},
+      {context + scheme.context_info + scheme.root_n, "---+"},
+      {context + scheme.uncovered - 1, "--++"},  // the HMAC
+      {context + scheme.uncovered, "++++"},
+      {bl1.size() - 1, "++++"},
+  };
+  for (const auto& [at, signs] : parts) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs);
+  const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, width - 1),
+                         file("sealed2", 1)};
+  for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), "-++-");
+  EXPECT_EQ(verdicts(other, bl1, bl2), "--++");
+  EXPECT_EQ(verdicts(joined(efuse, {0}), bl1, bl2), "--++");
+  EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2), "----");
+  Bytes swapped = bl1;  // to a stage-2 key that the root key has not vouched for
+  const Bytes foreign = slice(file("sealed1", 1), context, scheme.context_key_length);
+  std::ranges::copy(foreign, &swapped[context]);
+  EXPECT_EQ(verdicts(efuse, swapped, file("sealed2", 1)), "-+-+");
+
+  EXPECT_THAT(to_json(check_boot(other, bl1, {})), HasSubstr(R"("code_sha1": null)"));
+  EXPECT_EQ(to_json(check_boot(efuse, bl1, {})),
+            R"({"scheme": ")" + scheme_name + R"(", "boots": true, "checks": [{"what": "fuses", )" +
+                R"("ok": true}, {"what": "bl1-signature", "ok": true}], "code_sha1": ")" +
+                hex(sha1(file("BL1.bin"))) + R"(", "problems": []})");
+}
+
+INSTANTIATE_TEST_SUITE_P(, Inspect, testing::Values(v21, v11),
+                         [](const auto& run) { return run.param.name; });
+
+TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
+  const TempDirectory there;
+  const std::string odd = "-\"\\\n\x7f\xe2\x82\xc3\xa9";
+  write_bytes(there / odd, Bytes(20, 0x5A));
+  mkfifo((there / "pipe").c_str(), 0600);
+  write_bytes(there / "large", {});
+  std::filesystem::resize_file(there / "large", std::uintmax_t{1} << 31);
+  const auto run = [&](const Args& args) { return run_program(INSPECT_TOOL, args, there.path()); };
+  for (const std::string name : {"missing", ".", "pipe", "large"}) {
+    for (const Args& args : {Args{name}, {"--pem", name}, {"--boot", "--", name, odd}}) {
+      const Outcome outcome = run(args);
+      EXPECT_EQ(outcome.status, 2) << name;
+      EXPECT_EQ(outcome.output, "");
+      EXPECT_THAT(outcome.errors, HasSubstr("Sealwright_inspect: " + name + ": "));
+    }
+  }
+  for (const Args& args : {Args{}, {"--boot", "a"}, {"--pem"}, {"--pem", "a", "b"}, {odd}}) {
+    EXPECT_THAT(run(args).errors, HasSubstr("--help"));
+  }
+  const Outcome outcome = run({"--json", "--", odd, odd});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, HasSubstr(R"("-\"\\\u000a\u007f\ufffdé", "kind": "efuse-data")"));
+  EXPECT_THAT(outcome.output + run({"--", odd}).output, Not(testing::ContainsRegex("ZZ|5a5a")));
+  const std::string command = INSPECT_TOOL " --version >/dev/full";
+  EXPECT_EQ(run_program("/bin/sh", {"-c", command}, there.path()).status, 2);
+}
+
+}  // namespace
