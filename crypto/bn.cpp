@@ -171,3 +171,13 @@ std::uint32_t bn_significant_digits(const Digit* a, std::uint32_t aLen) {
   while (aLen > 0 && a[aLen - 1] == 0) --aLen;
   return aLen;
 }
+
+std::uint32_t bn_bit_length(const Digit* a, std::uint32_t aLen) {
+  const std::uint32_t digits = bn_significant_digits(a, aLen);
+  if (digits == 0) return 0;
+  return digit_bits * digits - static_cast<std::uint32_t>(std::countl_zero(a[digits - 1]));
+}
+
+bool bn_bit(const Digit* a, std::uint32_t bit) {
+  return ((a[bit / digit_bits] >> (bit % digit_bits)) & 1) != 0;
+}

@@ -2,18 +2,14 @@
 
 #include <cstdint>
 
+#include "crypto/digit.h"
+
 // Unsigned big numbers: caller-owned arrays of 32-bit digits, least significant first, with the
 // digit count passed beside the pointer. There is no sign, no stored length and no normal form:
 // leading zero digits are allowed everywhere. No function allocates, checks its pointers or
 // reports an error; result buffers must have the stated width. The multiplication, squaring and
 // division algorithms are those of Knuth, The Art of Computer Programming, 4.3.1.
 
-using Digit = std::uint32_t;
-using DoubleDigit = std::uint64_t;
-
-inline constexpr std::uint32_t digit_bits = 32;
-inline constexpr std::uint32_t digit_bytes = 4;
-inline constexpr Digit digit_top_bit = 0x80000000;
 /// Widest number that a scratch area holds, in digits: a double-width product of two 66-digit
 /// numbers (2048 bits and two spare digits).
 inline constexpr std::uint32_t bn_scratch_digits = 132;
@@ -80,3 +76,9 @@ std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen,
 
 /// Digits up to the highest non-zero one; 0 for the number zero.
 std::uint32_t bn_significant_digits(const Digit* a, std::uint32_t aLen);
+
+/// Bits up to the highest set one; 0 for the number zero.
+std::uint32_t bn_bit_length(const Digit* a, std::uint32_t aLen);
+
+/// Bit `bit` of a number that is wide enough to have it.
+bool bn_bit(const Digit* a, std::uint32_t bit);

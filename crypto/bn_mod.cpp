@@ -1,7 +1,6 @@
 #include "crypto/bn_mod.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -93,7 +92,9 @@ void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32
 
 void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::uint32_t mLen) {
   if (mLen == 0) return;
-  if (bn_words_take(m, mLen) && bn_words_mod_mul(r, a, b, m, mLen)) return;
+  if constexpr (has_double_words) {
+    if (bn_words_take(m, mLen) && bn_words_mod_mul(r, a, b, m, mLen)) return;
+  }
   Digit product[bn_scratch_digits];
   if (a == b) {
     zeb_bn_Sqr(product, a, mLen);
@@ -109,15 +110,14 @@ void zeb_bn_Binary(Digit* r, const Digit* base, const Digit* m, std::uint32_t mL
   if (mLen == 0) return;
   std::fill_n(r, mLen, Digit{0});
   r[0] = 1;
-  const std::uint32_t exponent_digits = bn_significant_digits(e, eLen);
-  if (exponent_digits == 0) return;
-  const std::uint32_t exponent_bits =
-      digit_bits * exponent_digits -
-      static_cast<std::uint32_t>(std::countl_zero(e[exponent_digits - 1]));
+  const std::uint32_t exponent_bits = bn_bit_length(e, eLen);
+  if constexpr (has_double_words) {
+    const bool taken = exponent_bits != 0 && bn_words_take(m, mLen);
+    if (taken && bn_words_power(r, base, m, mLen, e, eLen)) return;
+  }
   for (std::uint32_t bit = exponent_bits; bit > 0; --bit) {
     zeb_bn_ModMul(r, r, r, m, mLen);
-    const bool is_set = ((e[(bit - 1) / digit_bits] >> ((bit - 1) % digit_bits)) & 1) != 0;
-    if (is_set) zeb_bn_ModMul(r, r, base, m, mLen);
+    if (bn_bit(e, bit - 1)) zeb_bn_ModMul(r, r, base, m, mLen);
   }
 }
 

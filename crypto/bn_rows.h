@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "crypto/bn.h"
+#include "crypto/digit.h"
 
 // The four loops that all big-number arithmetic is made of, portable, unrolled by four: one
 // 32 x 32 -> 64-bit product or one add with carry per digit.

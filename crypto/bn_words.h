@@ -2,10 +2,11 @@
 
 #include <cstdint>
 
-#include "crypto/bn.h"
+#include "crypto/digit.h"
 
-// Modular multiplication on 64-bit words, each carrying two digits, for processors with BMI2. The
-// same schoolbook product and classical reduction with twice the radix; the result is a * b mod m.
+// Modular arithmetic on 64-bit words, each carrying two digits: the same schoolbook product and
+// classical reduction as on digits, with twice the radix, and the same results bit for bit. For
+// compilers that have 128-bit integers: guard calls by `if constexpr (has_double_words)`.
 
 /// Whether the word path takes a modulus: it is in force, the width is a multiple of eight digits
 /// (at most 64) and the modulus is normalised.
@@ -13,6 +14,12 @@ bool bn_words_take(const Digit* m, std::uint32_t mLen);
 
 /// r = a * b mod m in mLen digits, squaring when `a` and `b` are one pointer. `r` may be `a` or
 /// `b`. Only where bn_words_take says so.
-/// @return false, with r untouched, when the reduction came out irregular, as it can for operands
-///         that are not smaller than m.
+/// @return false, with r untouched, when the reduction came out irregular. For operands smaller
+///         than m it never does.
 bool bn_words_mod_mul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::uint32_t mLen);
+
+/// r = base^e mod m in mLen digits, for any base of that width and an exponent that is not zero.
+/// Only where bn_words_take says so.
+/// @return false, with r untouched, as bn_words_mod_mul.
+bool bn_words_power(Digit* r, const Digit* base, const Digit* m, std::uint32_t mLen, const Digit* e,
+                    std::uint32_t eLen);

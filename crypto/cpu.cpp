@@ -7,6 +7,8 @@
 #include <sys/auxv.h>
 #endif
 
+#include "crypto/digit.h"
+
 namespace {
 
 CryptoPaths& paths_in_force() {
@@ -22,6 +24,7 @@ const CryptoPaths& crypto_paths() {
 
 CryptoPaths available_crypto_paths() {
   CryptoPaths paths = {};
+  paths.bn_words = has_double_words;
 #if CRYPTO_PATHS_X86
   unsigned eax = 0;
   unsigned ebx = 0;
@@ -33,8 +36,8 @@ CryptoPaths available_crypto_paths() {
   if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) return paths;
   constexpr unsigned bit_sha_extensions = 1U << 29;
   paths.sha1 = sse41 && (ebx & bit_sha_extensions) != 0;
-  paths.bn_words = (ebx & bit_BMI2) != 0;
-  paths.bn_rows = paths.bn_words;
+  constexpr unsigned bit_adx = 1U << 19;
+  paths.bn_rows = (ebx & bit_BMI2) != 0 && (ebx & bit_adx) != 0;
 #elif CRYPTO_PATHS_ARM
   const unsigned long capabilities = getauxval(AT_HWCAP);
   paths.sha1 = (capabilities & HWCAP_SHA1) != 0;

@@ -26,7 +26,7 @@ struct CryptoPaths {
   bool sha1;      // SHA-1 by the processor's own instructions
   bool aes;       // AES likewise
   bool bn_words;  // big numbers on 64-bit words
-  bool bn_rows;   // their rows in x86 assembly (BMI2)
+  bool bn_rows;   // their rows in x86 assembly (BMI2, ADX)
 };
 
 /// The paths in force, which every dispatching function consults.

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "crypto/digit.h"
+
+// The two loops in which the time of a signature goes, on BMI2 and ADX: only in a build
+// for x86-64 and where crypto_paths().bn_rows is set.
+
+/// r[0..n) += a[0..n) * d, n a multiple of four. @return the carry word.
+Word mul_add_row_x86(Word* r, const Word* a, std::size_t n, Word d);
+
+/// r[0..2n) = 2 r + the sum of the a[i]^2 2^(128 i), for a result that fits.
+void double_and_add_squares_x86(Word* r, const Word* a, std::size_t n);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// The units that big numbers are made of. A number is an array of digits; where the compiler has
+// 128-bit integers, some loops take two digits at a time as one word.
+
+using Digit = std::uint32_t;
+using DoubleDigit = std::uint64_t;
+
+inline constexpr std::uint32_t digit_bits = 32;
+inline constexpr std::uint32_t digit_bytes = 4;
+inline constexpr Digit digit_top_bit = 0x80000000;
+
+/// Two digits as one number; its double is there when the compiler has one.
+using Word = std::uint64_t;
+inline constexpr std::size_t word_bits = 64;
+inline constexpr std::size_t digits_per_word = 2;
+
+#if defined(__SIZEOF_INT128__)
+__extension__ using DoubleWord = unsigned __int128;
+inline constexpr bool has_double_words = true;
+#else
+inline constexpr bool has_double_words = false;
+#endif
