@@ -48,27 +48,30 @@ void check_key(std::vector<std::string>& problems, const PublicKey& key, const s
                      " is irregular: the stated lengths, the modulus or the exponent.");
 }
 
-Report describe_public_key(std::string_view name, std::size_t size, KeyFile file) {
-  std::vector<std::string> problems;
-  if (!file.proven) {
-    problems.emplace_back("The proof that its maker holds the private key does not verify.");
-  }
-  check_key(problems, file.key, "public key");
-  Report report = start({name, size, "public-key", "public-key file", scheme_name(file.sb20)},
-                        std::move(problems), "the proof of possession verifies");
-  add_key(report, "key", "public key", std::move(file.key));
-  report.facts.push_back(yes_no_fact("proof_of_possession", nullptr, file.proven, ""));
-  return report;
-}
+/// What is said of the two kinds of key files.
+struct KeyKind {
+  const char* kind;
+  const char* kind_in_words;
+  const char* member;  // the JSON member that says whether the file proves what it claims
+  const char* why_sound;
+  const char* problem;
+};
+constexpr KeyKind public_kind = {"public-key", "public-key file", "proof_of_possession",
+                                 "the proof of possession verifies",
+                                 "The proof that its maker holds the private key does not verify."};
+constexpr KeyKind private_kind = {"private-key", "private-key file; only its public part is shown",
+                                  "consistent", "the numbers of the key agree",
+                                  "The numbers of the key do not agree: it is damaged."};
 
-Report describe_private_key(std::string_view name, std::size_t size, KeyFile file) {
+Report describe_key_file(std::string_view name, std::size_t size, const KeyKind& kind,
+                         const KeyFile& file) {
   std::vector<std::string> problems;
-  if (!file.proven) problems.emplace_back("The numbers of the key do not agree: it is damaged.");
-  Report report = start({name, size, "private-key",
-                         "private-key file; only its public part is shown", scheme_name(file.sb20)},
-                        std::move(problems), "the numbers of the key agree");
-  add_key(report, "key", "public key", std::move(file.key));
-  report.facts.push_back(yes_no_fact("consistent", nullptr, file.proven, ""));
+  if (!file.proven) problems.emplace_back(kind.problem);
+  check_key(problems, file.key, "key");
+  Report report = start({name, size, kind.kind, kind.kind_in_words, scheme_name(file.sb20)},
+                        std::move(problems), kind.why_sound);
+  add_key(report, "key", "public key", file.key);
+  report.facts.push_back(yes_no_fact(kind.member, nullptr, file.proven, ""));
   return report;
 }
 
@@ -131,7 +134,11 @@ Report describe(std::string_view name, ByteView file) {
   if (size == sb20_efuse_length || size == sb10_efuse_length) {
     return describe_efuse_data(name, size);
   }
-  if (auto key = read_public_key_file(file)) return describe_public_key(name, size, *key);
-  if (auto key = read_private_key_file(file)) return describe_private_key(name, size, *key);
+  if (const auto key = read_public_key_file(file)) {
+    return describe_key_file(name, size, public_kind, *key);
+  }
+  if (const auto key = read_private_key_file(file)) {
+    return describe_key_file(name, size, private_kind, *key);
+  }
   return describe_unknown(name, size);
 }

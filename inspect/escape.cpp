@@ -8,43 +8,29 @@ namespace {
 
 constexpr std::uint32_t replacement = 0xFFFD;
 
-/// A code point and the bytes that it takes; `replacement` for a piece that is no valid UTF-8.
+/// A code point and the bytes that it takes.
 struct Decoded {
   std::uint32_t code_point;
   std::size_t length;
 };
 
-/// What the first byte of a sequence says: the bytes that follow, its payload, and the range of the
-/// second byte, narrowed so that overlong forms, surrogates and numbers above 0x10FFFF are refused.
-struct Lead {
-  std::size_t followers;
-  std::uint32_t payload;
-  unsigned lowest, highest;
-};
-
-Lead read_lead(unsigned byte) {
-  if (byte >= 0xC2 && byte <= 0xDF) return {1, byte & 0x1FU, 0x80, 0xBF};
-  if (byte >= 0xE0 && byte <= 0xEF) {
-    return {2, byte & 0x0FU, byte == 0xE0 ? 0xA0U : 0x80U, byte == 0xED ? 0x9FU : 0xBFU};
-  }
-  if (byte >= 0xF0 && byte <= 0xF4) {
-    return {3, byte & 0x07U, byte == 0xF0 ? 0x90U : 0x80U, byte == 0xF4 ? 0x8FU : 0xBFU};
-  }
-  return {0, replacement, 0, 0};
-}
-
+/// The UTF-8 sequence that a text starts with; `replacement` for a byte that starts none.
 Decoded decode(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text[0]);
+  constexpr std::uint32_t lowest_of_length[] = {0, 0, 0x80, 0x800, 0x10000};
+  const unsigned first = static_cast<unsigned char>(text[0]);
   if (first < 0x80) return {first, 1};
-  const Lead lead = read_lead(first);
-  Decoded decoded = {lead.payload, 1};
-  for (std::size_t i = 1; i <= lead.followers; ++i) {
-    const unsigned byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
-    const bool fits = i == 1 ? byte >= lead.lowest && byte <= lead.highest : (byte & 0xC0U) == 0x80;
-    if (!fits) return {replacement, i};
-    decoded = {decoded.code_point << 6 | (byte & 0x3FU), i + 1};
+  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  if (first < 0xC0 || first >= 0xF8 || length > text.size()) return {replacement, 1};
+  std::uint32_t code_point = first & (0x7FU >> length);
+  for (const char letter : text.substr(1, length - 1)) {
+    const unsigned follower = static_cast<unsigned char>(letter);
+    if ((follower & 0xC0U) != 0x80) return {replacement, 1};
+    code_point = code_point << 6 | (follower & 0x3FU);
   }
-  return decoded;
+  const bool is_surrogate = code_point >= 0xD800 && code_point < 0xE000;
+  const bool valid =
+      code_point >= lowest_of_length[length] && code_point <= 0x10FFFF && !is_surrogate;
+  return valid ? Decoded{code_point, length} : Decoded{replacement, 1};
 }
 
 bool is_control(std::uint32_t code_point) {

@@ -11,6 +11,7 @@
 #include "inspect/escape.h"
 #include "inspect/input.h"
 #include "inspect/options.h"
+#include "util/early_end.h"
 
 namespace {
 
@@ -96,6 +97,7 @@ int run(const Options& options) {
 
 /// Exits with 0 when all is sound or boots, 1 when not, and 2 when it cannot be told.
 int main(int argc, char** argv) {
+  forbid_core_dumps();
   // A reader that goes away is a write error like others.
   std::signal(SIGPIPE, SIG_IGN);
   const int status = run(read_options({argv + (argc > 0 ? 1 : 0), argv + argc}));

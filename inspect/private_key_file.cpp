@@ -61,8 +61,7 @@ bool exponent_agrees(const ZEB_RSA_PRIVATE_KEY& key, const Digit* prime, const D
          multiplies_to_one(key.e, key.eWords, exponent, order.data(), key.pWords);
 }
 
-/// Whether the numbers belong together. When the modulus has its full length, primes of half that
-/// length which make it up are neither 0 nor 1.
+/// Whether the numbers belong together. A divisor of zero, from damage, fails by itself.
 bool is_consistent(const ZEB_RSA_PRIVATE_KEY& key) {
   std::array<Digit, bn_scratch_digits> product = {};
   const WipeOnExit product_guard(product);
@@ -96,7 +95,7 @@ std::optional<KeyFile> read_items(const Items& items, bool sb20) {
                         take(key.dQ, key.dQWords, items.dQ) &&
                         take(key.qInv, key.qInvWords, items.qInv);
   const PublicKey shown = take_public_part(items);
-  return KeyFile{sb20, shown, complete && shown.regular && is_consistent(key)};
+  return KeyFile{sb20, shown, complete && is_consistent(key)};
 }
 
 template <typename Record>

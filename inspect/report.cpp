@@ -1,7 +1,5 @@
 #include "inspect/report.h"
 
-#include <utility>
-
 #include "inspect/escape.h"
 
 namespace {
@@ -83,7 +81,7 @@ Fact sha1_fact(const char* name, const char* label, const std::string& digits) {
   return {name, json_string(digits), label, show_fingerprint(digits)};
 }
 
-void add_key(Report& report, const char* name, const char* label, PublicKey key) {
+void add_key(Report& report, const char* name, const char* label, const PublicKey& key) {
   const std::string bits = std::to_string(8 * key.modulus.size());
   const std::string exponent = std::to_string(key.exponent);
   const std::string sha1 = sha1_hex(encode_der(key));
@@ -94,7 +92,7 @@ void add_key(Report& report, const char* name, const char* label, PublicKey key)
                     {"modulus", json_string(to_hex(key.modulus))},
                     {"sha1", json_string(sha1)}}),
        label, "RSA, " + bits + " bits, exponent " + exponent + '\n' + show_fingerprint(sha1)});
-  report.keys.push_back({label, std::move(key)});
+  report.keys.push_back({label, key});
 }
 
 std::string to_json(const Report& report) {

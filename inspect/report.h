@@ -39,7 +39,7 @@ Fact yes_no_fact(const char* name, const char* label, bool value, std::string_vi
 Fact problems_fact(const std::vector<std::string>& problems);
 /// SHA-1 in hexadecimal digits, which the line shows in groups; null when there are none.
 Fact sha1_fact(const char* name, const char* label, const std::string& digits);
-void add_key(Report& report, const char* name, const char* label, PublicKey key);
+void add_key(Report& report, const char* name, const char* label, const PublicKey& key);
 
 /// The report as one JSON object.
 std::string to_json(const Report& report);

@@ -15,7 +15,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 std::string hex(const Bytes& bytes) {
   std::ostringstream text;
@@ -45,8 +44,7 @@ class Inspect : public testing::TestWithParam<Scheme> {
   const Bytes& file(const std::string& name, int device = 0) const {
     static std::map<std::string, Snapshot> made;
     Snapshot& files = made[scheme.name + std::to_string(device)];
-    if (files.empty()) files = make_device(scheme);
-    return files.at(name);
+    return (files.empty() ? files = make_device(scheme) : files).at(name);
   }
   /// The public key that lies at `n` of a file, by OpenSSL: as JSON and as PEM.
   std::pair<std::string, std::string> key_at(const std::string& name, std::size_t n) const {
@@ -147,16 +145,19 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
   Bytes bl1 = file("sealed1");
   const Bytes bl2 = file("sealed2"), efuse = file(scheme.efuse), other = file(scheme.efuse, 1);
   const std::size_t context = bl1.size() - scheme.context_length;
-  const std::pair<std::size_t, std::string> parts[] = {
-      {0, "-+-+"},
-      {context + scheme.root_n + 9, "-+--"},  // the stage-2 key
-      {context + scheme.context_signature - (scheme.is_v11() ? 0 : 4), "-+-+"},
-      {context + scheme.context_signature + width - 1, "-+-+"},
-      {context + scheme.context_info + scheme.root_n, "---+"},
-      {context + scheme.uncovered - 1, "--++"},  // the HMAC
-      {context + scheme.uncovered, "++++"},
-      {bl1.size() - 1, "++++"},
-  };
+  const std::size_t signature = context + scheme.context_signature;
+  const std::size_t key = context + scheme.root_n, root = key + scheme.context_info;
+  const std::size_t stated = signature - (scheme.is_v11() ? 0 : 4),
+                    end = context + scheme.uncovered;
+  const std::pair<std::size_t, std::string> parts[] = {{0, "-+-+"},
+                                                       {context - 1, "-+-+"},
+                                                       {key, "-+--"},
+                                                       {stated, "-+-+"},
+                                                       {signature + width - 1, "-+-+"},
+                                                       {root, "---+"},
+                                                       {end - 1, "--++"},
+                                                       {end, "++++"},
+                                                       {bl1.size() - 1, "++++"}};
   for (const auto& [at, signs] : parts) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs);
   const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, width - 1),
                          file("sealed2", 1)};
@@ -188,20 +189,19 @@ TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
   std::filesystem::resize_file(there / "large", std::uintmax_t{1} << 31);
   const auto run = [&](const Args& args) { return run_program(INSPECT_TOOL, args, there.path()); };
   for (const std::string name : {"missing", ".", "pipe", "large"}) {
-    for (const Args& args : {Args{name}, {"--pem", name}, {"--boot", "--", name, odd}}) {
-      const Outcome outcome = run(args);
-      EXPECT_EQ(outcome.status, 2) << name;
-      EXPECT_EQ(outcome.output, "");
-      EXPECT_THAT(outcome.errors, HasSubstr("Sealwright_inspect: " + name + ": "));
-    }
+    const Outcome outcome = run({"--boot", "--", name, odd});
+    EXPECT_EQ(outcome.errors.rfind("Sealwright_inspect: " + name + ": ", 0), 0U) << outcome.errors;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.status + run({name}).status, 4);
   }
   for (const Args& args : {Args{}, {"--boot", "a"}, {"--pem"}, {"--pem", "a", "b"}, {odd}}) {
     EXPECT_THAT(run(args).errors, HasSubstr("--help"));
   }
   const Outcome outcome = run({"--json", "--", odd, odd});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.output, HasSubstr(R"("-\"\\\u000a\u007f\ufffdé", "kind": "efuse-data")"));
-  EXPECT_THAT(outcome.output + run({"--", odd}).output, Not(testing::ContainsRegex("ZZ|5a5a")));
+  EXPECT_THAT(outcome.output,
+              HasSubstr(R"("-\"\\\u000a\u007f\ufffd\ufffdé", "kind": "efuse-data")"));
+  EXPECT_THAT(outcome.output, testing::Not(testing::ContainsRegex("ZZ|5a5a|5A5A")));
   const std::string command = INSPECT_TOOL " --version >/dev/full";
   EXPECT_EQ(run_program("/bin/sh", {"-c", command}, there.path()).status, 2);
 }
