@@ -8,6 +8,9 @@ target_compile_options(
   sealwright_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                              $<$<BOOL:${SEALWRIGHT_WERROR}>:-Werror>)
 
+# The same program, whatever folder it is built in.
+target_compile_options(sealwright_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+
 # Hardening. Sections are kept apart so that an executable links only what it uses.
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 include(CheckPIESupported)

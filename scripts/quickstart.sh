@@ -49,9 +49,9 @@ say "Building the tool in build/release"
   if [[ ! -f build/release/build.ninja ]]; then
     cmake --preset release -DSEALWRIGHT_TESTS=OFF
   fi
-  cmake --build --preset release --target main client_main
+  cmake --build --preset release --target main client_main inspect_main
 )
-export PATH="$root/build/release/front:$PATH"
+export PATH="$root/build/release/front:$root/build/release/inspect:$PATH"
 
 # --- The images.
 
@@ -73,8 +73,8 @@ make_or_copy() {
 make_or_copy BL1.bin "$sample_bl1_length" "${1:-}"
 make_or_copy BL2.bin "$sample_bl2_length" "${2:-}"
 
-# --- The walk. The exit status alone does not tell success from failure (see the manual), so each
-# step is judged by its verdict line and by the files that it must have written.
+# --- The walk. The exit status of Sealwright_V21 does not tell success from failure (see the manual), so
+# each step is judged by its verdict line and by the files that it must have written.
 
 stop() {
   fail "stopped: $*. What was made so far is in $demo."
@@ -102,7 +102,8 @@ declare -A lengths
 # Runs a command as typed and shows what it prints; of the tool's banners only the first.
 run() {
   printf '\n$ %s\n' "$*"
-  output=$("$@" 2>&1) || true
+  status=0
+  output=$("$@" 2>&1) || status=$?
   if [[ -z $output ]]; then return; fi
   if [[ -z $banner_shown ]]; then
     printf '%s\n' "$output"
@@ -145,7 +146,7 @@ walk() {
   run Sealwright_V21 "-v$scheme" -KEYGEN
   made_key public_info
   made_key private_key owner
-  made_key efuse
+  if [[ $scheme == 2.1 ]]; then made_key efuse owner; else made_key efuse; fi
   run Sealwright_V21 "-v$scheme" stage2Key -STAGE2_KEYGEN
   made_key spk
   made_key prv owner
@@ -159,6 +160,8 @@ walk() {
   made "$secured_bl2" $(($(length_of BL2.bin) + signature_length))
   run Sealwright_V21 "-v$scheme" "$secured_bl2" "$spk" -STAGE2_VERIFY
   verdict 'Stage 2: Signature verification is successful.'
+  run Sealwright_inspect --boot "$efuse" "$secured_bl1" "$secured_bl2"
+  ((status == 0)) || stop "a device with these fuses would not boot this"
 }
 
 for version in 2.1 1.1; do

@@ -88,6 +88,7 @@ need_test_tools() {
   need has_gtest libgtest-dev
   need has_openssl libssl-dev
   need 'has_command openssl' openssl
+  need 'has_command jq' jq
   need has_sanitizers g++
 }
 
@@ -101,14 +102,15 @@ install_missing() {
     say "Everything needed is there"
     return
   fi
-  local packages
+  local packages size
   mapfile -t packages < <(printf '%s\n' "${missing_packages[@]}" | sort -u)
   if ! has_command apt-get; then
     fail "missing here: ${packages[*]}. There is no apt-get: install what these Debian packages hold."
   fi
   # One package source of several may be out of reach; the installation tells whether it matters.
   apt update || say "apt-get update failed; going on with the lists there are"
-  say "Installing ${packages[*]}: $(size_of_installation "${packages[@]}")"
+  size=$(size_of_installation "${packages[@]}")
+  say "Installing ${packages[*]}${size:+: $size}"
   apt install -y --no-install-recommends "${packages[@]}" || fail "could not install: ${packages[*]}"
 
   local probe

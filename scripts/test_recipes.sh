@@ -25,13 +25,13 @@ fail() {
   exit 1
 }
 
-# The examples of both manual pages; they go through both schemes, from keys to verified images.
+# The examples of the manual pages; they go through both schemes, from keys to verified images.
 mkdir fresh
 head -c 15360 /dev/urandom >fresh/BL1.bin
 head -c 61441 /dev/urandom >fresh/BL2.bin
-for program in Sealwright_V21_client Sealwright_V21; do
+for program in Sealwright_V21_client Sealwright_V21 Sealwright_inspect; do
   sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;p}' "$root/docs/$program.1" >examples.sh
-  (cd fresh && bash -e ../examples.sh) >>output
+  (cd fresh && bash -e -o pipefail ../examples.sh) >>output
 done
 (($(grep -c '^Stage .: Signature verification is successful.$' output) == 6)) ||
   fail "an example of the manual pages did not end with a valid image"
@@ -39,7 +39,8 @@ echo "Ran the manual pages' examples"
 
 # Takes a document apart into NUMBER.sh and NUMBER.marker.
 split_document() {
-  awk '
+  # Blocks in a list are indented.
+  sed 's/^   \(   \)\?\(<!--\|```\)/\2/' "$1" | awk '
     /^<!-- run.*-->$/ { marker = $0; next }
     /^```/ && name != "" { name = ""; next }
     /^```/ && marker != "" {
@@ -52,7 +53,7 @@ split_document() {
     name == "" { next }
     prompts && /^\$ / { print "output=$(" substr($0, 3) ")" >(name ".sh"); next }
     prompts { $0 = "grep -q -F -x -- '\''" $0 "'\'' <<<\"$output\"" }
-    { print >(name ".sh") }' "$1"
+    { print >(name ".sh") }'
 }
 
 change_byte() {

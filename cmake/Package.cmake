@@ -1,0 +1,7 @@
+# The target "package" makes a Debian package of what is installed.
+
+add_custom_target(
+  package
+  COMMAND ${PROJECT_SOURCE_DIR}/packaging/make_deb.sh ${PROJECT_BINARY_DIR} ${PROJECT_VERSION}
+  DEPENDS main client_main inspect_main
+  VERBATIM)
