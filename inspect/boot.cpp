@@ -17,10 +17,12 @@ std::vector<Check> make_checks(const SecuredBl1* bl1, ByteView efuse,
                                const std::optional<ByteView>& bl2) {
   const char* no_context = "BL1 carries no boot context of either scheme";
   const auto why_not = [&](const char* reason) { return bl1 == nullptr ? no_context : reason; };
+  const bool right_length = bl1 != nullptr && efuse.size() == bl1->efuse_length;
   std::vector<Check> checks = {
       {"fuses", "fuses", bl1 != nullptr && verify_fuses(*bl1, efuse),
        "they hold the root key that BL1 carries",
-       why_not("they do not hold the root key that BL1 carries")},
+       why_not(right_length ? "they do not hold the root key that BL1 carries"
+                            : "eFuse data of this scheme has another length")},
       {"bl1-signature", "BL1 signature", bl1 != nullptr && verify_bl1_signature(*bl1),
        "the root key in BL1 signed its code and stage-2 key",
        why_not("the root key in BL1 did not sign this code and stage-2 key")}};
@@ -61,18 +63,19 @@ Report check_boot(ByteView efuse, WritableBytes bl1, const std::optional<ByteVie
   const auto found = find_secured_bl1(bl1, efuse.size() == sb10_efuse_length);
   const std::vector<Check> checks = make_checks(found ? &*found : nullptr, efuse, bl2);
   Report report;
-  const char* scheme = !found ? nullptr : found->context.index() == 0 ? "2.1" : "1.1";
-  report.facts.push_back(text_fact("scheme", "scheme", scheme));
+  report.facts.push_back(text_fact("scheme", "scheme", found ? found->scheme : nullptr));
   add_checks(report, checks);
   std::string code_sha1;
+  std::string why_none = "the fuses do not match";
   if (checks.front().ok) {
     if (open_code(*found, efuse, bl1.first(found->code.size()))) {
       code_sha1 = sha1_hex(found->code);
     } else {
-      report.problems.emplace_back("The code of BL1 cannot be decrypted: it is not whole blocks.");
+      why_none = "it is no whole number of cipher blocks";
+      report.problems.push_back("code: " + why_none + '.');
     }
   }
-  report.facts.push_back(sha1_fact("code_sha1", "code", code_sha1));
+  report.facts.push_back(sha1_fact("code_sha1", "code", code_sha1, why_none));
   report.facts.push_back(problems_fact(report.problems));
   // The verdict stands before its reasons.
   const Fact verdict = yes_no_fact("boots", "boots", report.problems.empty(), "");

@@ -32,13 +32,9 @@ Report start(const Identity& file, std::vector<std::string> problems, const char
   return report;
 }
 
-const char* scheme_name(bool sb20) {
-  return sb20 ? "2.1" : "1.1";
-}
-
 Report describe_efuse_data(std::string_view name, std::size_t size) {
   return start({name, size, "efuse-data", "eFuse data; its value is not shown",
-                scheme_name(size == sb20_efuse_length)},
+                size == sb20_efuse_length ? "2.1" : "1.1"},
                {}, "it has the right length");
 }
 
@@ -68,7 +64,7 @@ Report describe_key_file(std::string_view name, std::size_t size, const KeyKind&
   std::vector<std::string> problems;
   if (!file.proven) problems.emplace_back(kind.problem);
   check_key(problems, file.key, "key");
-  Report report = start({name, size, kind.kind, kind.kind_in_words, scheme_name(file.sb20)},
+  Report report = start({name, size, kind.kind, kind.kind_in_words, file.scheme},
                         std::move(problems), kind.why_sound);
   add_key(report, "key", "public key", file.key);
   report.facts.push_back(yes_no_fact(kind.member, nullptr, file.proven, ""));
@@ -107,11 +103,11 @@ Report describe_bl1(std::string_view name, std::size_t size, const SecuredBl1& b
   }
   check_key(problems, root, "root key");
   check_key(problems, stage2, "stage-2 key");
-  Report report = start({name, size, "secured-bl1", "secured BL1, a sealed first-stage image",
-                         scheme_name(bl1.context.index() == 0)},
-                        std::move(problems),
-                        "the root key inside signed it;\n"
-                        "only --boot tells whether fuses go with that key");
+  Report report =
+      start({name, size, "secured-bl1", "secured BL1, a sealed first-stage image", bl1.scheme},
+            std::move(problems),
+            "the root key inside signed it;\n"
+            "only --boot tells whether fuses go with that key");
   report.facts.push_back(size_fact("code_size", "code", bl1.code.size()));
   report.facts.push_back(build_info_fact(bl1.build_info));
   add_key(report, "root_key", "root key", root);

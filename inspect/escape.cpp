@@ -59,5 +59,5 @@ std::string escape(std::string_view text) {
 
 std::string show_name(std::string_view name) {
   const std::string escaped = escape(name);
-  return escaped == name ? escaped : '"' + escaped + '"';
+  return escaped == name && !name.empty() ? escaped : '"' + escaped + '"';
 }

@@ -9,7 +9,7 @@
 
 /// What may be told of a key file: its public key, and whether the file proves what it claims.
 struct KeyFile {
-  bool sb20;  // the scheme: 2.1, or 1.1
+  const char* scheme;  // "2.1" or "1.1"
   PublicKey key;
   bool proven;
 };

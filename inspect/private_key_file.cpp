@@ -85,7 +85,7 @@ PublicKey take_public_part(const Sb10PrivateKeyItems& items) {
 
 /// The key in a decrypted file, unless its modulus already does not have its length.
 template <typename Items>
-std::optional<KeyFile> read_items(const Items& items, bool sb20) {
+std::optional<KeyFile> read_items(const Items& items, const char* scheme) {
   ZEB_RSA_PRIVATE_KEY key = {};
   const WipeOnExit key_guard(key);
   if (!take(key.n, key.nWords, items.n)) return std::nullopt;
@@ -95,7 +95,7 @@ std::optional<KeyFile> read_items(const Items& items, bool sb20) {
                         take(key.dQ, key.dQWords, items.dQ) &&
                         take(key.qInv, key.qInvWords, items.qInv);
   const PublicKey shown = take_public_part(items);
-  return KeyFile{sb20, shown, complete && is_consistent(key)};
+  return KeyFile{scheme, shown, complete && is_consistent(key)};
 }
 
 template <typename Record>
@@ -109,14 +109,14 @@ std::optional<KeyFile> read_sb20(ByteView file) {
   Sb20PrivateKeyFile record;
   const WipeOnExit record_guard(record);
   if (!decrypt(record, file, key_file_mode_v21)) return std::nullopt;
-  return read_items(record, true);
+  return read_items(record, "2.1");
 }
 
 std::optional<KeyFile> read_sb10_root(ByteView file) {
   Sb10RootPrivateKeyFile record;
   const WipeOnExit record_guard(record);
   if (!decrypt(record, file, key_file_mode_v11)) return std::nullopt;
-  return read_items(record.items, false);
+  return read_items(record.items, "1.1");
 }
 
 std::optional<KeyFile> read_sb10_stage2(ByteView file) {
@@ -124,7 +124,7 @@ std::optional<KeyFile> read_sb10_stage2(ByteView file) {
   const WipeOnExit record_guard(record);
   if (!decrypt(record, file, key_file_mode_v11)) return std::nullopt;
   if (std::memcmp(record.text, sb10_private_key_text, sizeof record.text) != 0) return std::nullopt;
-  return read_items(record.items, false);
+  return read_items(record.items, "1.1");
 }
 
 }  // namespace

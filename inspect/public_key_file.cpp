@@ -18,7 +18,7 @@ Record copy_record(ByteView file) {
 KeyFile read_sb20(ByteView file) {
   auto record = copy_record<Sb20PublicKeyFile>(file);
   const PublicKey key = to_public_key(record.publicKeyInfo.key);
-  return {true, key, verify_sb20_proof(writable_view_of(record)) == ZEB_SUCCESS};
+  return {"2.1", key, verify_sb20_proof(writable_view_of(record)) == ZEB_SUCCESS};
 }
 
 KeyFile read_sb10_root(ByteView file) {
@@ -27,7 +27,7 @@ KeyFile read_sb10_root(ByteView file) {
   const Status status =
       Verify_PSS_RSASignature2(view_of(info.key).data(), sizeof info.key, view_of(info).data(),
                                sizeof info, record.popSignature, sizeof record.popSignature);
-  return {false, to_public_key(info.key), status == ZEB_SUCCESS};
+  return {"1.1", to_public_key(info.key), status == ZEB_SUCCESS};
 }
 
 std::optional<KeyFile> read_sb10_stage2(ByteView file) {
@@ -38,7 +38,7 @@ std::optional<KeyFile> read_sb10_stage2(ByteView file) {
   join_sb10_key(joined, record);
   RsaPublicKey1024 key;
   std::copy_n(joined.begin(), sizeof key, writable_view_of(key).begin());
-  return KeyFile{false, to_public_key(key), verify_sb10_proof(record, joined) == ZEB_SUCCESS};
+  return KeyFile{"1.1", to_public_key(key), verify_sb10_proof(record, joined) == ZEB_SUCCESS};
 }
 
 }  // namespace

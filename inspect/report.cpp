@@ -76,8 +76,9 @@ Fact problems_fact(const std::vector<std::string>& problems) {
   return {"problems", json_array(sentences)};
 }
 
-Fact sha1_fact(const char* name, const char* label, const std::string& digits) {
-  if (digits.empty()) return {name, "null", label, "not known"};
+Fact sha1_fact(const char* name, const char* label, const std::string& digits,
+               const std::string& why_none) {
+  if (digits.empty()) return {name, "null", label, "not known: " + why_none};
   return {name, json_string(digits), label, show_fingerprint(digits)};
 }
 

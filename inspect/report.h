@@ -37,8 +37,10 @@ Fact text_fact(const char* name, const char* label, const char* value);
 Fact size_fact(const char* name, const char* label, std::size_t bytes);
 Fact yes_no_fact(const char* name, const char* label, bool value, std::string_view reason);
 Fact problems_fact(const std::vector<std::string>& problems);
-/// SHA-1 in hexadecimal digits, which the line shows in groups; null when there are none.
-Fact sha1_fact(const char* name, const char* label, const std::string& digits);
+/// SHA-1 in hexadecimal digits, which the line shows in groups; null when there are none, and the
+/// line says why.
+Fact sha1_fact(const char* name, const char* label, const std::string& digits,
+               const std::string& why_none);
 void add_key(Report& report, const char* name, const char* label, const PublicKey& key);
 
 /// The report as one JSON object.

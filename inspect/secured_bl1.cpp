@@ -55,13 +55,17 @@ std::optional<SecuredBl1> find_secured_bl1(ByteView image, bool for_sb10) {
   const auto sb10 = find_context<SB10_CONTEXT>(image, sb10_context_magic);
   if (sb10 && (for_sb10 || !sb20)) {
     const ByteView code = image.first(image.size() - sizeof *sb10);
-    return SecuredBl1{*sb10, code, code, std::nullopt};
+    return SecuredBl1{"1.1", sb10_efuse_length, *sb10, code, code, std::nullopt};
   }
   if (!sb20) return std::nullopt;
   const ByteView signed_part = image.first(image.size() - sizeof *sb20);
   const auto build_info = find_build_info(signed_part);
   const std::size_t info_length = build_info ? sizeof *build_info : 0;
-  return SecuredBl1{*sb20, signed_part, signed_part.first(signed_part.size() - info_length),
+  return SecuredBl1{"2.1",
+                    sb20_efuse_length,
+                    *sb20,
+                    signed_part,
+                    signed_part.first(signed_part.size() - info_length),
                     build_info};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <variant>
 
@@ -10,8 +11,10 @@
 
 /// A secured BL1 taken apart.
 struct SecuredBl1 {
-  std::variant<SB20_CONTEXT, SB10_CONTEXT> context;  // of the scheme that it belongs to
-  ByteView signed_part;                              // code and build information, as stored
+  const char* scheme;        // "2.1" or "1.1"
+  std::size_t efuse_length;  // that it has
+  std::variant<SB20_CONTEXT, SB10_CONTEXT> context;
+  ByteView signed_part;  // code and build information, as stored
   ByteView code;
   std::optional<BuildInfo> build_info;
 };
