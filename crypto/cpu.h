@@ -11,8 +11,8 @@
 #else
 #define CRYPTO_PATHS_X86 0
 #endif
-// Older clang offers the Arm instructions only where every processor of the build has them.
-#if defined(__aarch64__) && (!defined(__clang__) || __clang_major__ >= 17)
+// Clang offers the Arm instructions only to a build for processors that all have them.
+#if defined(__aarch64__) && !defined(__clang__)
 #define CRYPTO_PATHS_ARM 1
 #else
 #define CRYPTO_PATHS_ARM 0

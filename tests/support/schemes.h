@@ -57,8 +57,13 @@ inline const std::string open_error = "file open error\n";
 inline const std::string version_line = "sealWright version 2.1\n";
 // clang-format on
 
-inline const std::string full_tool = FULL_TOOL;
-inline const std::string client_tool = CLIENT_TOOL;
+/// A program of this build, or of another machine's where a variable says so.
+inline std::string tool(const char* variable, const char* built) {
+  const char* other = std::getenv(variable);
+  return other == nullptr ? built : other;
+}
+inline const std::string full_tool = tool("SEALWRIGHT_FULL_TOOL", FULL_TOOL);
+inline const std::string client_tool = tool("SEALWRIGHT_CLIENT_TOOL", CLIENT_TOOL);
 
 inline bool is_client_command(const Args& args) {
   return args.back().starts_with("-STAGE2");
