@@ -57,7 +57,7 @@ has_cmake() {
   [[ -n $version ]] && printf '%s\n' "$cmake_at_least" "$version" | sort -C -V
 }
 
-has_gtest() { printf '#include <gtest/gtest.h>\nint main() {}\n' | compiles -pthread -lgtest; }
+has_gtest() { printf '#include <gmock/gmock.h>\nint main() {}\n' | compiles -pthread -lgmock -lgtest; }
 
 has_openssl() {
   printf '#include <openssl/opensslv.h>\n#if OPENSSL_VERSION_MAJOR < 3\n#error\n#endif\nint main() {}\n' |
@@ -85,7 +85,7 @@ need_build_tools() {
 
 need_test_tools() {
   need_build_tools
-  need has_gtest libgtest-dev
+  need has_gtest libgmock-dev
   need has_openssl libssl-dev
   need 'has_command openssl' openssl
   need 'has_command jq' jq
