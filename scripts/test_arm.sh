@@ -35,7 +35,7 @@ fetch_libraries() {
     -o Dir::State::lists="$apt/lists" -o Dir::State::status="$apt/status" -o Dir::Cache="$apt"
     -o APT::Sandbox::User=root -o Acquire::Languages=none)
   apt-get "${options[@]}" update || say "apt-get update failed; going on with the lists it got"
-  (cd "$apt" && apt-get "${options[@]}" download libgtest-dev libssl-dev) ||
+  (cd "$apt" && apt-get "${options[@]}" download libgtest-dev libgmock-dev libssl-dev) ||
     fail "could not fetch GoogleTest and OpenSSL for Arm"
   for package in "$apt"/*.deb; do dpkg-deb -x "$package" "$libraries.new"; done
   mv "$libraries.new" "$libraries"
