@@ -5,12 +5,16 @@
 #include <utility>
 
 #include "crypto/bn_mod.h"
+#include "crypto/prime_trial.h"
 #include "crypto/prng.h"
+#include "crypto/wipe.h"
 
 namespace {
 
-// Products of runs of consecutive primes from 2 to 541 cut to their low 32 bits. Most overflow and
-// so are no products of small primes at all; the values are used exactly as they are, on purpose.
+// Made as products of consecutive primes from 2 to 541 (that of 89 to 113 without 101), cut to
+// their low 32 bits. Four fit; the others are no products of small primes at all. Quirk: the values
+// stay as they are; which numbers are screened, and so when random bytes are drawn, hangs on them,
+// and prime_test depends on it.
 // clang-format off
 constexpr Digit SmallPrimes[] = {
     0xC8E15F2A, 0x16FA4227, 0x87B81DA9, 0xDA38C071, 0xFDB17C23, 0xFE5E796B, 0xC7E4CBF5,
@@ -28,7 +32,7 @@ constexpr RoundBound IterNo[] = {
 };
 // clang-format on
 
-constexpr Digit gen_prime_top_mask = 0x10000000;       // bit 28, on purpose
+constexpr Digit gen_prime_top_mask = 0x10000000;       // bit 28
 constexpr std::uint32_t min_modulus_bits = 128;        // below it a prime has no digit left to vary
 constexpr std::uint32_t prime_share = 2 * digit_bits;  // modulus bits per digit of one prime
 
@@ -46,42 +50,41 @@ std::uint32_t round_count(std::uint32_t bits) {
   return std::end(IterNo)[-1].rounds;
 }
 
-/// n - 1 = odd * 2^twos.
-struct Decomposition {
-  Digit minus_one[bn_max_modulus_digits];
+/// What a primality test computes with.
+struct Witness {
+  Digit minus_one[bn_max_modulus_digits];  // n - 1 = odd * 2^twos
   Digit odd[bn_max_modulus_digits];
+  Digit base[bn_max_modulus_digits];
+  Digit y[bn_max_modulus_digits];
   std::uint32_t twos;
 };
 
-Decomposition decompose(const Digit* n, std::uint32_t k) {
-  Decomposition parts = {};
-  zeb_bn_copy(parts.minus_one, n, k);
-  parts.minus_one[0] -= 1;  // n is odd
-  zeb_bn_copy(parts.odd, parts.minus_one, k);
-  while ((parts.odd[0] & 1) == 0) {
+void decompose(Witness& witness, const Digit* n, std::uint32_t k) {
+  zeb_bn_copy(witness.minus_one, n, k);
+  witness.minus_one[0] -= 1;  // n is odd
+  zeb_bn_copy(witness.odd, witness.minus_one, k);
+  while ((witness.odd[0] & 1) == 0) {
     for (std::uint32_t i = 0; i < k; ++i) {
-      const Digit above = i + 1 < k ? parts.odd[i + 1] : 0;
-      parts.odd[i] = (parts.odd[i] >> 1) | (above << 31);
+      const Digit above = i + 1 < k ? witness.odd[i + 1] : 0;
+      witness.odd[i] = (witness.odd[i] >> 1) | (above << 31);
     }
-    ++parts.twos;
+    ++witness.twos;
   }
-  return parts;
 }
 
 /// One Miller-Rabin base drawn at random. True when n may be prime.
-bool base_passes(const Digit* n, std::uint32_t k, const Decomposition& parts) {
+bool base_passes(Witness& witness, const Digit* n, std::uint32_t k) {
   constexpr Digit one = 1;
-  Digit base[bn_max_modulus_digits];
-  Digit y[bn_max_modulus_digits];
-  zeb_bn_rand(base, k);
-  base[k - 1] &= ~digit_top_bit;
-  zeb_bn_Binary(y, base, n, k, parts.odd, k);
-  if (zeb_bn_cmp(y, k, &one, 1) == 0 || zeb_bn_cmp(y, k, parts.minus_one, k) == 0) return true;
-  // One squaring more than the textbook's, on purpose; it never rejects a prime.
-  for (std::uint32_t i = 0; i < parts.twos; ++i) {
+  Digit* y = witness.y;
+  zeb_bn_rand(witness.base, k);
+  witness.base[k - 1] &= ~digit_top_bit;
+  zeb_bn_Binary(y, witness.base, n, k, witness.odd, k);
+  if (zeb_bn_cmp(y, k, &one, 1) == 0 || zeb_bn_cmp(y, k, witness.minus_one, k) == 0) return true;
+  // One squaring more than the textbook's never rejects a prime.
+  for (std::uint32_t i = 0; i < witness.twos; ++i) {
     zeb_bn_ModMul(y, y, y, n, k);
     if (zeb_bn_cmp(y, k, &one, 1) == 0) return false;
-    if (zeb_bn_cmp(y, k, parts.minus_one, k) == 0) return true;
+    if (zeb_bn_cmp(y, k, witness.minus_one, k) == 0) return true;
   }
   return false;
 }
@@ -108,19 +111,23 @@ void draw_top_digits(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t half) {
   if (p_top < q_top) std::swap(key.p[half - 1], key.q[half - 1]);
 }
 
-/// Draws the digits below the top one until the number is prime and, for a one-digit exponent,
-/// does not leave 1 modulo it.
+/// Whether a candidate leaves 1 modulo a one-digit exponent, which would have no inverse then.
+bool excluded_by_exponent(const Digit* candidate, std::uint32_t half,
+                          const ZEB_RSA_PRIVATE_KEY& key) {
+  if (key.eWords != 1) return false;
+  Digit remainder = 0;
+  zeb_bn_Div(nullptr, &remainder, candidate, half, key.e, 1);
+  return remainder == 1;
+}
+
+/// Draws the digits below the top one until the number is prime and suits the exponent. Trial
+/// division only spares the test of numbers that it would refuse.
 void find_prime(Digit* prime, std::uint32_t half, const ZEB_RSA_PRIVATE_KEY& key) {
-  for (;;) {
+  do {
     zeb_bn_rand(prime, half - 1);
     prime[0] |= 1;
-    if (key.eWords == 1) {
-      Digit remainder = 0;
-      zeb_bn_Div(nullptr, &remainder, prime, half, key.e, 1);
-      if (remainder == 1) continue;
-    }
-    if (ZEB_MillerRabin(prime, half) == ZEB_SUCCESS) return;
-  }
+  } while (has_small_factor(prime, half) || excluded_by_exponent(prime, half, key) ||
+           ZEB_MillerRabin(prime, half) != ZEB_SUCCESS);
 }
 
 void settle_exponent(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits) {
@@ -137,6 +144,7 @@ void settle_exponent(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits) {
 void reduce_private_exponent(Digit* result, const ZEB_RSA_PRIVATE_KEY& key, Digit* prime,
                              std::uint32_t digits, std::uint32_t half) {
   Digit exponent[rsa_number_capacity];
+  const WipeOnExit wiped(exponent);
   zeb_bn_copy(exponent, key.d, digits);
   prime[0] &= ~Digit{1};
   bn_reduce_exactly(exponent, digits, prime, half);
@@ -156,11 +164,13 @@ Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count) {
   const bool is_one = number[0] == 1 && bn_significant_digits(number, digit_count) == 1;
   if (is_one || shares_factor_with_small_primes(number, digit_count)) return ZEB_ERR_FAIL;
 
-  const Decomposition parts = decompose(number, digit_count);
+  Witness witness = {};
+  const WipeOnExit wiped(witness);
+  decompose(witness, number, digit_count);
   const std::uint32_t rounds = round_count(digit_bits * digit_count);
-  // One base more than the rounds say, on purpose.
+  // Quirk: one base more than the rounds say; prime_test depends on it.
   for (std::uint32_t round = 0; round <= rounds; ++round) {
-    if (!base_passes(number, digit_count, parts)) return ZEB_ERR_FAIL;
+    if (!base_passes(witness, number, digit_count)) return ZEB_ERR_FAIL;
   }
   return ZEB_SUCCESS;
 }
@@ -169,6 +179,8 @@ Status ZEB_Gen_Prime(Digit* number, std::uint32_t digit_count) {
   const std::uint32_t attempts = 4 * (40 * digit_count / 3);
   for (std::uint32_t attempt = 0; attempt < attempts; ++attempt) {
     zeb_bn_rand(number, digit_count);
+    // Quirk: not bit 31, so that the prime may be shorter than its digits; prime_test depends on
+    // it.
     number[digit_count - 1] |= gen_prime_top_mask;
     number[0] |= 1;
     if (ZEB_MillerRabin(number, digit_count) == ZEB_SUCCESS) return ZEB_SUCCESS;
@@ -198,7 +210,7 @@ Status ZEB_RSA_KeyGen(ZEB_RSA_PRIVATE_KEY* key, std::uint32_t modulus_bits) {
     zeb_bn_Mul(key->n, key->p, half, key->q, half);  // phi, for now
     key->p[0] |= 1;
     key->q[0] |= 1;
-    // The status is dropped on purpose: with a preset prime exponent the inverse always exists.
+    // No status to look at: with a preset prime exponent the inverse always exists.
     zeb_bn_Euclid(key->d, key->e, key->n, digits);
 
     reduce_private_exponent(key->dP, *key, key->p, digits, half);

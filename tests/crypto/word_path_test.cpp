@@ -3,6 +3,8 @@
 #include "crypto/bn_mod.h"
 #include "crypto/bn_words.h"
 #include "crypto/cpu.h"
+#include "crypto/prime.h"
+#include "crypto/prime_trial.h"
 #include "tests/support/numbers.h"
 
 namespace {
@@ -67,6 +69,33 @@ TEST(WordPath, AgreesWithDigitsAndOpenssl) {
     // Irregular to the end, with nothing left above the modulus.
     expect_product(Number(width, 0xFFFFFFFF), (Big(m) + 1).low(width).digits(width), m);
   }
+}
+
+TEST(TrialDivision, RejectsCompositesWithASmallFactorAndNoPrime) {
+  std::mt19937_64 engine(31);
+  const auto is_rejected = [](const Number& n) { return has_small_factor(n.data(), width_of(n)); };
+  for (int i = 0; i < 150; ++i) {
+    const std::uint32_t width = std::array{3, 4, 16, 31, 32}[i % 5];
+    const Digit bound = trial_division_bound(width);
+    Number n = make_number(engine, width - i % 2, 0);
+    n[0] |= 1;
+    if (i % 2 != 0) n = (Big(n) * Big(3 + 2 * (engine() % (bound / 2 - 1)))).digits(width);
+    bool is_divisible = false;
+    for (Digit d = 3; d < bound; d += 2) is_divisible |= bn_ModD(n.data(), width, d) == 0;
+    EXPECT_TRUE(is_divisible ? is_rejected(n) : !(is_rejected(n) && Big(n).is_prime())) << Big(n);
+  }
+  for (const std::uint32_t bits : {61U, 89U, 521U, 607U}) {  // Mersenne primes
+    const std::uint32_t width = bits / digit_bits + 1;
+    EXPECT_FALSE(is_rejected((power(2, bits, Big::unit(width + 1)) - 1).digits(width))) << bits;
+  }
+  for (Digit n = 3; n < 1U << 14; n += 2) EXPECT_FALSE(Big(n).is_prime() && is_rejected({n, 0}));
+}
+
+// A product of three primes that most bases take for a prime unless a root of 1 gives it away.
+TEST(Prime, RefusesACarmichaelNumber) {
+  const Number n = {0xa258ff31, 0x8a5d9fe0, 0x1afaeecb, 0xbf6fd061,
+                    0x832b0075, 0xdb8d0505, 0x0c6d51fd, 0xc9451787};
+  EXPECT_EQ(ZEB_MillerRabin(n.data(), width_of(n)), ZEB_ERR_FAIL);
 }
 
 }  // namespace
