@@ -9,7 +9,12 @@ umask 022
 packaging=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=$(cd "$1" && pwd)
 version=$2
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(dpkg-parsechangelog -l "$packaging/changelog" -S Timestamp)}
+changelog() { dpkg-parsechangelog -l "$packaging/changelog" -S "$1"; }
+if [[ $(changelog Version) != "$version" ]]; then
+  echo "error: packaging/changelog is of version $(changelog Version), the project of $version" >&2
+  exit 1
+fi
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(changelog Timestamp)}
 export SOURCE_DATE_EPOCH
 
 work=$(mktemp -d)
@@ -33,7 +38,7 @@ cat >"$tree/DEBIAN/control" <<CONTROL
 Package: sealwright
 Version: $version
 Architecture: $(dpkg --print-architecture)
-Maintainer: $(dpkg-parsechangelog -l "$packaging/changelog" -S Maintainer)
+Maintainer: $(changelog Maintainer)
 Installed-Size: $(find "$tree/usr" -type f -printf '%s\n' | awk '{kib += int(($1 + 1023) / 1024)} END {print kib}')
 Depends: $depends
 Section: utils

@@ -11,7 +11,7 @@
 #                             (without OFFSET the middle one; below 0 counted from the end)
 #
 # A block of commands ends with the status of its commands. In a block with "$ " prompts, the lines
-# after a command must be in what it prints.
+# after a command must be in what it prints, whatever times and fingerprints they have.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 if (($# == 0)); then set -- "$root"/build/release/{front,inspect}; fi
@@ -37,10 +37,14 @@ done
   fail "an example of the manual pages did not end with a valid image"
 echo "Ran the manual pages' examples"
 
+# Times and fingerprints, which differ from run to run, made equal.
+mask() { sed -e 's/\([0-9a-f]\{4\} \?\)\{10\}/FINGERPRINT/' -e 's/20..-..-.. ..:..:../TIME/'; }
+export -f mask
+
 # Takes a document apart into NUMBER.sh and NUMBER.marker.
 split_document() {
   # Blocks in a list are indented.
-  sed 's/^   \(   \)\?\(<!--\|```\)/\2/' "$1" | awk '
+  sed 's/^   \(   \)\?\(<!--\|```\)/\2/' "$1" | mask | awk '
     /^<!-- run.*-->$/ { marker = $0; next }
     /^```/ && name != "" { name = ""; next }
     /^```/ && marker != "" {
@@ -51,7 +55,7 @@ split_document() {
       next
     }
     name == "" { next }
-    prompts && /^\$ / { print "output=$(" substr($0, 3) ")" >(name ".sh"); next }
+    prompts && /^\$ / { print "output=$(" substr($0, 3) "); output=$(mask <<<\"$output\")" >(name ".sh"); next }
     prompts { $0 = "grep -q -F -x -- '\''" $0 "'\'' <<<\"$output\"" }
     { print >(name ".sh") }'
 }
