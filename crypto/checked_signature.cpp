@@ -38,6 +38,7 @@ Status sign_message_checked(WritableBytes signature, const SigningKey& key,
   status = sign_digest_at_size(result, key, digest);
   if (status != ZEB_SUCCESS) return status;
   SignatureBuffer checked = made;  // a failed verification wipes what it was given
+  const WipeOnExit checked_guard(checked);
   status = Verify_PSS_RSASignature(public_key, 0, digest, sha1_digest_length, checked.data(),
                                    length_of(result));
   if (status != ZEB_SUCCESS) return SIGN_ERR_RSA;

@@ -4,9 +4,6 @@
 
 // The commands, one function each. The result becomes the exit status.
 
-/// What every key generation returns, also one that failed.
-extern const std::int32_t key_generation_status;
-
 /// Aborts where neither /dev/random nor the kernel's generator delivers: what draws on it would be
 /// there to guess. For the start of commands that make keys or signatures.
 void require_randomness();

@@ -20,21 +20,21 @@ std::int32_t generate_sb20_root_keys(Arguments /*arguments*/) {
   require_randomness();
   std::fputs(generating_2048_line, stdout);
   sb20_Generate_KeyPair(root_key_mode, nullptr);
-  return key_generation_status;
+  return 0;
 }
 
 std::int32_t generate_sb10_root_keys(Arguments /*arguments*/) {
   require_randomness();
   std::fputs(generating_1024_line, stdout);
   sb10_Generate_KeyPair(root_key_mode, nullptr);
-  return key_generation_status;
+  return 0;
 }
 
 std::int32_t seal_sb20_stage1(Arguments arguments) {
   require_randomness();
   const Image image = read_image(arguments[2], sizeof sb20_Context);
   const Status status = sb20_Generate_Stage1(image.buffer.data(), image.length);
-  std::memcpy(end_of(image), &sb20_Context, sizeof sb20_Context);
+  if (status == ZEB_SUCCESS) std::memcpy(end_of(image), &sb20_Context, sizeof sb20_Context);
   return publish(arguments[3], image, status);
 }
 
@@ -43,7 +43,8 @@ std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments) {
   const Image image = read_image(arguments[2], sizeof(BuildInfo) + sizeof sb20_Context);
   const std::uint32_t total = image.length + sizeof(BuildInfo);
   const Status status = sb20_Generate_Stage1_Polymorphic(image.buffer.data(), total);
-  std::memcpy(image.buffer.data() + total, &sb20_Context, sizeof sb20_Context);
+  std::uint8_t* context = image.buffer.data() + total;
+  if (status == ZEB_SUCCESS) std::memcpy(context, &sb20_Context, sizeof sb20_Context);
   return publish(arguments[3], image, status);
 }
 
@@ -51,7 +52,7 @@ std::int32_t seal_sb10_stage1(Arguments arguments) {
   require_randomness();
   const Image image = read_image(arguments[2], sizeof sb10_Context);
   const Status status = sb10_Generate_Stage1(image.buffer.data(), image.length);
-  std::memcpy(end_of(image), &sb10_Context, sizeof sb10_Context);
+  if (status == ZEB_SUCCESS) std::memcpy(end_of(image), &sb10_Context, sizeof sb10_Context);
   return publish(arguments[3], image, status);
 }
 

@@ -15,9 +15,6 @@
 #include "scheme/messages.h"
 #include "util/early_end.h"
 
-// Quirk: key generation exits with 0 also when it failed; scripts depend on it.
-const std::int32_t key_generation_status = 0;
-
 namespace {
 
 std::int32_t verify_stage2(const Image& image, ByteView key, std::uint32_t signature_length) {
@@ -35,18 +32,20 @@ void require_randomness() {
   if (!random_source_available()) abort_run();
 }
 
+// Quirk: here and for root keys the result is 0 also when nothing could be made; scripts depend on
+// it.
 std::int32_t generate_sb20_stage2_keys(Arguments arguments) {
   require_randomness();
   std::fputs(generating_2048_line, stdout);
   sb20_Generate_KeyPair(stage2_key_mode, arguments[2]);
-  return key_generation_status;
+  return 0;
 }
 
 std::int32_t generate_sb10_stage2_keys(Arguments arguments) {
   require_randomness();
   std::fputs(generating_1024_line, stdout);
   sb10_Generate_KeyPair(stage2_key_mode, arguments[2]);
-  return key_generation_status;
+  return 0;
 }
 
 std::int32_t sign_sb20_stage2(Arguments arguments) {

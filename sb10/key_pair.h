@@ -5,10 +5,12 @@
 #include "crypto/status.h"
 #include "sb10/records.h"
 
-/// Makes an RSA-1024 key pair with e = 65537 and writes its files, all of them or none. Mode 1: the
+/// Makes an RSA-1024 key pair with e = 65537 and writes its files, or none when one of
+/// them cannot be opened. Mode 1: the
 /// root set "publicKeyInfo.dat", "eFuseData.dat" and "privateKey.dat"; `baseName` is not used. Any
 /// other mode: `baseName` with ".spk" and ".prv"; a name above 123 characters aborts. Prints
-/// nothing but the line of a file that cannot be opened. On a failure no file is touched.
+/// nothing but the line of a file that cannot be opened. With a status other than 0 no file is
+/// touched.
 /// @return 0; what Generate_SB10_PublicKeyInfo returns; SIGN_ERR_... of the proof of possession.
 Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName);
 

@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::uint32_t public_exponent = 65537;  // of every version 1.1 key
 
-// Quirk: items n and d stand at fixed places, whatever lengths they state; files whose unused items
-// are damaged depend on it.
+// Quirk: n and d alone are used, at their fixed places, although the file holds the CRT items, too;
+// stored files in which only those are damaged depend on it.
 constexpr std::size_t n_offset = offsetof(Sb10PrivateKeyFile, items);
 constexpr std::size_t d_offset = n_offset + offsetof(Sb10PrivateKeyItems, d);
 
@@ -55,6 +55,7 @@ SB10_CONTEXT& load_sb10_root_info() {
 ByteView load_sb10_stage2_public_key(const char* path) {
   read_record(writable_view_of(sb10_pubkey_file), path);
   if (sb10_pubkey_file.n.length > sizeof publicKey) abort_run();
+  static_assert(2 * sizeof sb10_pubkey_file <= sizeof publicKey);
   publicKeyLen = join_sb10_key(publicKey, sb10_pubkey_file);
   return publicKey;
 }
@@ -78,8 +79,8 @@ Sb10SigningKey load_sb10_stage2_private_key(const char* path) {
 
 ByteView load_sb10_root_private_key() {
   ByteView items;
-  // Quirk: the status is ignored, so that noise is taken for a key; a damaged file depends on it
-  // for failing in signing, with the stage's line, or passing where only unused items are damaged.
+  // Quirk: the status is ignored, so that noise is taken for a key; scripts depend on a damaged
+  // file failing in signing, with the stage's line.
   load_private_key_file(items, sb10_private_key_file, key_file_mode_v11,
                         sizeof Sb10RootPrivateKeyFile::tail);
   return items;

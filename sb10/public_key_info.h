@@ -26,8 +26,8 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info);
 
-/// Puts n and e of a stage-2 public-key file, as long as the file says they are, one after the
-/// other into the cleared `key` of at least 616 bytes, twice the record. Lengths that run past the
+/// Clears `key`, at least 616 bytes (twice the record), and puts n and e of a stage-2 public-key
+/// file, as long as the file says they are, one after the other into it. Lengths that run past the
 /// record leave a key of zeros, which verifies nothing.
 /// @return the sum of both stated lengths.
 std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file);

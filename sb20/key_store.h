@@ -20,8 +20,8 @@ extern std::uint32_t sb20_eFuseDataLen;
 /// Reads an eFuse file into `sb20_eFuseData`.
 EfuseData load_sb20_efuse_data(const char* path, EfuseLength rule);
 
-/// Clears `sb20_Context` and reads `length` bytes of the root public-key file into it from
-/// `publicKeyInfo` on.
+/// Clears `sb20_Context` and reads `length` bytes, at most 496, of the root public-key file into it
+/// from `publicKeyInfo` on.
 const SB20_CONTEXT& load_sb20_root_info(std::uint32_t length = sizeof(Sb20PublicKeyInfo));
 
 /// Reads an encrypted private-key file into `privateKey` as load_private_key_file does.

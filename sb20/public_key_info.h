@@ -23,6 +23,6 @@ Status Validate_SB20_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFus
 
 /// Checks the proof of possession in the bytes of a public-key file, at least the record's 548: the
 /// file's own key must verify the file's signature, whose length is what the file says, over the
-/// info. A signature that fails is wiped.
+/// info. A signature of 128 or 256 bytes that fails is wiped.
 /// @return 0; VERIFY_ERR_...
 Status verify_sb20_proof(WritableBytes file);

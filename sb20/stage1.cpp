@@ -38,7 +38,7 @@ Status generate_stage1(std::uint8_t* code, std::uint32_t code_length, std::uint3
 
   load_sb20_root_info();
   const EfuseData efuse = load_sb20_efuse_data(sb20_efuse_file, EfuseLength::of_file);
-  // Quirk: the info is read once more; the order of file accesses depends on it.
+  // Quirk: cleared and read once more; whoever traces the file accesses depends on their order.
   const SB20_CONTEXT& context = load_sb20_root_info();
   status = Encrypt_Code(efuse.bytes, efuse.length, &context, code, code_length);
   if (status != ZEB_SUCCESS) return status;

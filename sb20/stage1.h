@@ -7,8 +7,8 @@
 // Seals a stage-1 image of version 2.1: checks the proof of possession of the stage-2 key, encrypts
 // the code in place, builds the boot context in `sb20_Context` and checks it as the device will.
 // The key files are read from the working directory. Prints one line: the proof's failure, or the
-// stage's success or failure. Three failures are silent: a key file that cannot be decrypted, a
-// code length that is no multiple of 16, and eFuse data of a wrong length.
+// stage's success or failure. Silent are a key file that cannot be decrypted, a code length that
+// is no multiple of 16, eFuse data of a wrong length and a lack of memory.
 
 /// Seals `codeLen` bytes; `code` has room for 1024 more.
 /// @return 0, or the status of the step that failed:

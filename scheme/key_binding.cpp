@@ -60,7 +60,8 @@ Status validate_key_binding(const KeyBinding& binding, const std::uint8_t* eFuse
   const Status status = hmac_of_key(binding, hmac_key, info, expected, validating);
   if (status != ZEB_SUCCESS) return status;
   if (tmkx_memcmp(expected, stored, sha1_digest_length) == 0) return ZEB_SUCCESS;
-  // Quirk: a refused info is cleared for its owner; callers depend on never using it by mistake.
+  // Quirk: the caller's info is cleared; device code that looks at it after a failure depends on
+  // it.
   std::fill_n(info, binding.key_length + sha1_digest_length, std::uint8_t{0});
   return INFO_ERR_MISMATCH;
 }

@@ -21,6 +21,7 @@ struct KeyNumber {
 void make_rsa_key(ZEB_RSA_PRIVATE_KEY& key, Digit exponent, std::uint32_t modulus_bits);
 
 /// Writes the numbers as a key item list to `list`, each at its full width whatever leading zeros
-/// it has: a shorter list would be no whole number of blocks and so be stored unencrypted.
+/// it has: a shorter list would be no whole number of blocks and so be stored unencrypted. The room
+/// is 4 bytes for each number and 4 for each of its digits.
 /// @return the list's bytes.
 ByteView write_item_list(WritableBytes list, std::span<const KeyNumber> numbers);

@@ -13,6 +13,8 @@ std::uint32_t publicKeyLen = 0;
 
 EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule) {
   const auto file_length = static_cast<std::uint32_t>(read_record(fuses, path));
+  // Quirk: -VERIFY takes the scheme's length, whatever the file has; stored files that lost zeros
+  // at their end or grew depend on it.
   return {fuses.data(), rule == EfuseLength::of_file ? file_length : length_of(fuses)};
 }
 

@@ -6,6 +6,15 @@
 #include <cstdio>
 #include <cstdlib>
 
+// The address sanitizer's leak check has to attach to the process.
+#if defined(__SANITIZE_ADDRESS__)
+#define SEALWRIGHT_LEAK_CHECK 1
+#elif defined(__has_feature)
+#define SEALWRIGHT_LEAK_CHECK __has_feature(address_sanitizer)
+#else
+#define SEALWRIGHT_LEAK_CHECK 0
+#endif
+
 namespace {
 
 constexpr int exit_status_of_failure = 255;
@@ -16,7 +25,7 @@ void forbid_core_dumps() {
   // Where the kernel refuses, which it has no reason to, the command is still worth running.
   const rlimit no_core = {0, 0};
   setrlimit(RLIMIT_CORE, &no_core);
-#if !defined(__SANITIZE_ADDRESS__)  // its leak check has to attach to the process
+#if !SEALWRIGHT_LEAK_CHECK
   prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
 #endif
 }

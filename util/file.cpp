@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -64,48 +65,67 @@ std::size_t read_what_there_is(std::span<std::uint8_t> buffer, std::FILE* file) 
 /// An output that is open, its old content still in place.
 struct Output {
   File file;
-  bool is_new;  // made by opening it
+  bool is_new;      // made by opening it
+  bool is_regular;  // not a device or a pipe
 };
 
-int open_descriptor(const char* path, mode_t mode, bool& is_new) {
-  constexpr int flags = O_WRONLY | O_NONBLOCK | O_CLOEXEC;
-  const int created = open(path, flags | O_CREAT | O_EXCL, mode);
-  is_new = created >= 0;
-  if (is_new || errno != EEXIST) return created;
-  const int existing = open(path, flags);
-  // A link that leads to no file yet exists, and yet its file has to be created.
-  return existing >= 0 || errno != ENOENT ? existing : open(path, flags | O_CREAT, mode);
+bool is_missing(const char* path) {
+  struct stat status = {};
+  return stat(path, &status) != 0 && errno == ENOENT;
 }
 
-/// Opens for writing without waiting for a pipe's reader. No file when it cannot be done.
+/// Opens for writing without waiting for a pipe's reader. No file when it cannot be done, or when a
+/// file that is to be its owner's alone is somebody else's.
 Output open_output(const char* path, FileAccess access) {
   const bool owner_only = access == FileAccess::owner_only;
-  bool is_new = false;
-  const int descriptor = open_descriptor(path, owner_only ? mode_0600 : mode_0666, is_new);
-  if (descriptor < 0) return {nullptr, false};
+  const bool is_new = is_missing(path);
+  const int descriptor =
+      open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, owner_only ? mode_0600 : mode_0666);
+  if (descriptor < 0) return {nullptr, false, false};
   struct stat status = {};
   bool usable = fstat(descriptor, &status) == 0;
-  // The permissions are narrowed before the old content goes and the new one comes.
-  if (usable && owner_only && S_ISREG(status.st_mode)) usable = fchmod(descriptor, mode_0600) == 0;
+  const bool is_regular = S_ISREG(status.st_mode);
+  if (owner_only && is_regular && !is_new) usable = usable && status.st_uid == geteuid();
   usable = usable && fcntl(descriptor, F_SETFL, 0) == 0;  // waiting is right once it is open
   std::FILE* file = usable ? fdopen(descriptor, "wb") : nullptr;
   if (file == nullptr) close(descriptor);
-  return {File(file), is_new};
+  return {File(file), is_new && file != nullptr, is_regular};
+}
+
+/// Takes the room on the disk that the content needs. True also where that cannot be asked for.
+bool reserve(const Output& output, std::size_t length) {
+  if (!output.is_regular || length == 0) return true;
+  const auto wanted = static_cast<off_t>(length);
+  return fallocate(fileno(output.file.get()), FALLOC_FL_KEEP_SIZE, 0, wanted) == 0 ||
+         errno != ENOSPC;
+}
+
+/// Makes the file its owner's alone, where that is asked for.
+bool narrow(const Output& output, FileAccess access) {
+  if (!output.is_regular || access != FileAccess::owner_only) return true;
+  return fchmod(fileno(output.file.get()), mode_0600) == 0;
 }
 
 /// Empties the file, where it is one, writes the content and closes it.
-int write_and_close(File file, const std::uint8_t* source, std::int32_t count) {
-  struct stat status = {};
-  const int descriptor = fileno(file.get());
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) != 0) {
+int write_and_close(Output output, const std::uint8_t* source, std::int32_t count) {
+  if (output.is_regular && ftruncate(fileno(output.file.get()), 0) != 0) {
     return print_file_open_error();
   }
-  // Declared before the file that uses it until it is closed.
   const auto stream_buffer = std::make_unique_for_overwrite<char[]>(stream_buffer_length);
-  File stream = std::move(file);
-  std::setvbuf(stream.get(), stream_buffer.get(), _IOFBF, stream_buffer_length);
-  write_in_blocks(stream.get(), source, count);
-  return std::fclose(stream.release());
+  std::FILE* file = output.file.release();
+  std::setvbuf(file, stream_buffer.get(), _IOFBF, stream_buffer_length);
+  write_in_blocks(file, source, count);
+  const int result = std::fclose(file);
+  explicit_bzero(stream_buffer.get(), stream_buffer_length);  // it may have held a secret
+  return result;
+}
+
+/// Removes what opening the output has made, at the end of a link, too.
+void remove_new(const Output& output, const char* path) {
+  if (!output.is_new) return;
+  char* target = realpath(path, nullptr);
+  if (target != nullptr) unlink(target);
+  std::free(target);
 }
 
 }  // namespace
@@ -132,31 +152,38 @@ int write_file(const char* path, const std::uint8_t* source, std::int32_t count)
   // Quirk: unlike the readers this does not end the process; scripts depend on the exit status 0
   // of a command whose output could not be created.
   if (!output.file) return print_file_open_error();
-  return write_and_close(std::move(output.file), source, count);
+  return write_and_close(std::move(output), source, count);
 }
 
 void write_file_set(std::span<const OutputFile> files) {
   std::vector<Output> outputs(files.size());
   bool complete = true;
   for (std::size_t i = files.size(); i > 0; --i) {
-    outputs[i - 1] = open_output(files[i - 1].path, files[i - 1].access);
-    if (outputs[i - 1].file) continue;
+    Output& output = outputs[i - 1];
+    output = open_output(files[i - 1].path, files[i - 1].access);
+    if (output.file && reserve(output, files[i - 1].content.size())) continue;
     print_file_open_error();
     complete = false;
   }
+  for (std::size_t i = 0; complete && i < files.size(); ++i) {
+    complete = narrow(outputs[i], files[i].access);
+    if (!complete) print_file_open_error();
+  }
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (complete) {
-      write_and_close(std::move(outputs[i].file), files[i].content.data(),
-                      static_cast<std::int32_t>(files[i].content.size()));
-    } else if (outputs[i].is_new) {
-      unlink(files[i].path);
+    if (!complete) {
+      remove_new(outputs[i], files[i].path);
+      continue;
     }
+    // Write errors are ignored as in write_file.
+    write_and_close(std::move(outputs[i]), files[i].content.data(),
+                    static_cast<std::int32_t>(files[i].content.size()));
   }
 }
 
 std::int32_t read_record(std::span<std::uint8_t> record, const char* path) {
   std::fill(record.begin(), record.end(), std::uint8_t{0});
   const File file = require_input(path);
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // a buffer would keep a copy
   const std::int32_t length = length_of(file.get());
   read_what_there_is(record.first(std::min(record.size(), static_cast<std::size_t>(length))),
                      file.get());

@@ -25,7 +25,7 @@ int write_file(const char* path, const std::uint8_t* source, std::int32_t count)
 /// Who may read a new file.
 enum class FileAccess {
   by_umask,
-  owner_only,  // mode 0600, also when the file replaces an older one
+  owner_only,  // mode 0600, also when the file replaces an older one, which has to be one's own
 };
 
 /// One file of a set that belongs together.
@@ -36,7 +36,8 @@ struct OutputFile {
 };
 
 /// Writes a set of files in their order. All are opened first, the last one before the others; for
-/// each that cannot be opened "file open error\n" is printed, and then all stay as they were.
+/// each that cannot be opened, or has no room on the disk, "file open error\n" is printed, and then
+/// what there was stays as it was. Later write errors are ignored.
 void write_file_set(std::span<const OutputFile> files);
 
 /// Reads a record of fixed size: clears `record`, then reads as many bytes as the file has. What a
