@@ -36,7 +36,8 @@ apt() {
 
 # What installing packages means, in words: "82.1 MB to download, 310 MB on disk".
 size_of_installation() {
-  LC_ALL=C apt-get -o Debug::NoLocking=1 install --assume-no --no-install-recommends "$@" 2>/dev/null |
+  # Its status says that nothing was installed.
+  { LC_ALL=C apt-get -o Debug::NoLocking=1 install --assume-no --no-install-recommends "$@" || true; } 2>/dev/null |
     sed -n -e 's/^Need to get \(.*\/\)\?\(.*B\) of archives\.$/\2 to download/p' \
       -e 's/^After this operation, \(.*B\) of additional disk space will be used\.$/\1 on disk/p' |
     paste -s -d, | sed 's/,/, /'
