@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "crypto/bn.h"
@@ -9,10 +10,21 @@
 // The serialised private key: packed items of (u32 byte length, that many bytes of digits), all
 // little-endian. Only whole digits of an item count.
 
+/// One item as a stored record holds it, with room for `Capacity` bytes of the number.
+template <std::size_t Capacity>
+struct KeyItem {
+  std::uint32_t length;  // bytes
+  std::uint8_t number[Capacity];
+};
+using Item4 = KeyItem<4>;
+using Item64 = KeyItem<64>;
+using Item128 = KeyItem<128>;
+using Item256 = KeyItem<256>;
+
 /// Which items a list starts with.
 enum class KeyItemLayout {
   crt,    // n, e, d, p, q, dP, dQ, qInv
-  plain,  // n, d; whatever follows is not looked at
+  plain,  // n, d; whatever follows is ignored
 };
 
 /// Cursor over length-prefixed items that knows what is left and can say no.
@@ -30,7 +42,7 @@ bool read_item_bytes(KeyItemCursor& cursor, ByteView& number);
 bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
                    std::uint32_t& digit_count);
 
-/// Appends an item of `digit_count` digits behind the `list_length` bytes at `list`, which has room
+/// Appends an item of `digit_count` digits after the `list_length` bytes at `list`, which has room
 /// for 4 + 4 * digit_count more, and advances `list_length`.
 void append_key_item(std::uint8_t* list, std::uint32_t& list_length, const Digit* digits,
                      std::uint32_t digit_count);

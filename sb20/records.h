@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "crypto/key_items.h"
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
-#include "scheme/key_item.h"
 
 // Every record that scheme 2.1 stores. Integers and numbers are little-endian.
 
