@@ -6,6 +6,7 @@
 
 #include "crypto/bn_rows.h"
 #include "crypto/bytes.h"
+#include "crypto/wipe.h"
 
 namespace {
 
@@ -27,6 +28,12 @@ void shift_right(Digit* r, const Digit* a, std::uint32_t n, int shift) {
     r[i] = static_cast<Digit>(((DoubleDigit{above} << digit_bits) | a[i]) >> shift);
   }
 }
+
+/// What a division computes with: both numbers shifted left until the divisor's top bit is set.
+struct Scratch {
+  Digit divisor[bn_scratch_digits];
+  Digit remainder[bn_scratch_digits + 1];
+};
 
 }  // namespace
 
@@ -60,7 +67,8 @@ Digit bn_ModD(const Digit* a, std::uint32_t aLen, Digit d) {
 void OS2BN(Digit* r, const std::uint8_t* octets, std::uint32_t octetLen) {
   const std::int64_t digits = (std::int64_t{octetLen} + 3) / 4;
   for (std::int64_t i = 0; i < digits; ++i) {
-    // Always four octets: a ragged length reaches in front of the string, on purpose.
+    // Quirk: always four octets, so that a ragged length reaches in front of the string; bn_test
+    // depends on it.
     r[i] = load_be32(octets + (std::int64_t{octetLen} - 4 * (i + 1)));
   }
 }
@@ -78,7 +86,7 @@ std::int32_t zeb_bn_cmp(const Digit* a, std::uint32_t aLen, const Digit* b, std:
   for (; i > bLen; --i) {
     if (a[i - 1] != 0) return 1;
   }
-  // Digits of b above a's width are never looked at, on purpose: all callers pass bLen <= aLen.
+  // Quirk: digits of b above a's width are ignored; bn_test depends on it.
   for (; i > 0; --i) {
     if (a[i - 1] != b[i - 1]) return a[i - 1] > b[i - 1] ? 1 : -1;
   }
@@ -148,8 +156,10 @@ std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen,
   const std::uint32_t n = bn_significant_digits(b, bLen);
   if (n == 0 || bLen > aLen || aLen > bn_scratch_digits) return 1;
 
-  Digit divisor[bn_scratch_digits];
-  Digit remainder[bn_scratch_digits + 1];
+  Scratch scratch;
+  const WipeOnExit wiped(scratch);
+  Digit* divisor = scratch.divisor;
+  Digit* remainder = scratch.remainder;
   const int shift = std::countl_zero(b[n - 1]);
   shift_left(divisor, b, n, shift);
   remainder[aLen] = shift_left(remainder, a, aLen, shift);

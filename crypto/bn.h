@@ -10,8 +10,8 @@
 // reports an error; result buffers must have the stated width. The multiplication, squaring and
 // division algorithms are those of Knuth, The Art of Computer Programming, 4.3.1.
 
-/// Widest number that a scratch area holds, in digits: a double-width product of two 66-digit
-/// numbers (2048 bits and two spare digits).
+/// Widest number that an operation takes, in digits: the product of two numbers of 66 digits (2048
+/// bits and two spare digits). A division keeps one digit more for what its shift moves out.
 inline constexpr std::uint32_t bn_scratch_digits = 132;
 
 /// *result = a * b, in full.
@@ -31,7 +31,7 @@ Digit bn_ModD(const Digit* a, std::uint32_t aLen, Digit d);
 
 /// Big-endian octet string to ceil(octetLen / 4) digits. Octets are read in whole groups of four
 /// counted back from the end, so `octetLen` is a multiple of 4 or the octets before the string
-/// take part. The length is in octets here and in digits in BN2OS, on purpose.
+/// take part. The length is in octets here and in digits in BN2OS.
 void OS2BN(Digit* r, const std::uint8_t* octets, std::uint32_t octetLen);
 
 /// `digitCount` digits to 4 * digitCount big-endian octets, leading zeros kept.
@@ -40,8 +40,7 @@ void BN2OS(std::uint8_t* octets, const Digit* a, std::uint32_t digitCount);
 /// r = a for `n` digits, upward.
 void zeb_bn_copy(Digit* r, const Digit* a, std::uint32_t n);
 
-/// Compares a with b. When `a` is the shorter one, only the low aLen digits of `b` are looked at,
-/// on purpose.
+/// Compares a with b. When `a` is the shorter one, the digits of `b` above aLen are ignored.
 /// @return 1 when a > b, -1 when a < b, 0 when equal.
 std::int32_t zeb_bn_cmp(const Digit* a, std::uint32_t aLen, const Digit* b, std::uint32_t bLen);
 

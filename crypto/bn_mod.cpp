@@ -6,6 +6,7 @@
 
 #include "crypto/bn_rows.h"
 #include "crypto/bn_words.h"
+#include "crypto/wipe.h"
 
 namespace {
 
@@ -24,6 +25,14 @@ struct EuclidRow {
   Digit coefficient[euclid_digits];
 };
 
+/// What the Euclidean algorithm computes with.
+struct EuclidNumbers {
+  EuclidRow rows[2];
+  Digit quotient[euclid_digits];
+  Digit remainder[euclid_digits];
+  Digit product[2 * euclid_digits];
+};
+
 /// Lower bound of dividend / divisor from the leading digits, never above the true quotient.
 DoubleDigit estimate_quotient(const Digit* dividend, std::uint32_t dividend_len,
                               const Digit* divisor, std::uint32_t divisor_len) {
@@ -35,7 +44,8 @@ DoubleDigit estimate_quotient(const Digit* dividend, std::uint32_t dividend_len,
 }
 
 /// previous.remainder mod= current.remainder, with the coefficients following.
-void euclid_step(EuclidRow& previous, const EuclidRow& current, std::uint32_t len) {
+void euclid_step(EuclidRow& previous, const EuclidRow& current, EuclidNumbers& numbers,
+                 std::uint32_t len) {
   const std::uint32_t width = len + 1;
   const std::uint32_t dividend_len = bn_significant_digits(previous.remainder, width);
   const std::uint32_t divisor_len = bn_significant_digits(current.remainder, width);
@@ -48,31 +58,29 @@ void euclid_step(EuclidRow& previous, const EuclidRow& current, std::uint32_t le
     }
     return;
   }
-  Digit quotient[euclid_digits];
-  Digit remainder[euclid_digits] = {};
-  zeb_bn_Div(quotient, remainder, previous.remainder, dividend_len + 1, current.remainder,
-             divisor_len + 1);
-  zeb_bn_copy(previous.remainder, remainder, width);
+  std::fill_n(numbers.remainder, width, Digit{0});
+  zeb_bn_Div(numbers.quotient, numbers.remainder, previous.remainder, dividend_len + 1,
+             current.remainder, divisor_len + 1);
+  zeb_bn_copy(previous.remainder, numbers.remainder, width);
 
   const std::uint32_t quotient_len =
-      bn_significant_digits(quotient, dividend_len - divisor_len + 1);
+      bn_significant_digits(numbers.quotient, dividend_len - divisor_len + 1);
   const std::uint32_t coefficient_len = bn_significant_digits(current.coefficient, width);
-  Digit product[2 * euclid_digits];
-  zeb_bn_Mul(product, current.coefficient, coefficient_len, quotient, quotient_len);
+  zeb_bn_Mul(numbers.product, current.coefficient, coefficient_len, numbers.quotient, quotient_len);
   // A coefficient never exceeds the modulus, so what lies above the width is zero.
-  zeb_bn_Add(previous.coefficient, previous.coefficient, width, product,
+  zeb_bn_Add(previous.coefficient, previous.coefficient, width, numbers.product,
              std::min(width, coefficient_len + quotient_len));
 }
 
 }  // namespace
 
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
-  // Equal lengths reduce nothing, on purpose; a modulus with a zero top digit cannot be tried by.
+  // Quirk: equal lengths reduce nothing; bn_mod_test depends on it.
   if (mLen == 0 || aLen <= mLen || m[mLen - 1] == 0) return;
   const Digit top = m[mLen - 1];
   for (std::uint32_t j = aLen - mLen; j > 0; --j) {
     Digit* segment = a + (j - 1);
-    // No clamp to 0xFFFFFFFF as in zeb_bn_Div: the quotient is cut to 32 bits, on purpose.
+    // Quirk: cut to 32 bits, not clamped to 0xFFFFFFFF as in zeb_bn_Div; bn_mod_test depends on it.
     const Digit trial = DD_Div_D(segment[mLen], segment[mLen - 1], top);
     subtract_multiple(segment, m, mLen, trial);
   }
@@ -80,6 +88,7 @@ void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint
 
 void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
   Digit untouched[bn_scratch_digits];
+  const WipeOnExit wiped(untouched);
   zeb_bn_copy(untouched, a, aLen);
   zeb_bn_ClassicalRed(a, aLen, m, mLen);
   // Each step changes the number by a multiple of m, and a step that wraps leaves a digit above
@@ -96,6 +105,7 @@ void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std
     if (bn_words_take(m, mLen) && bn_words_mod_mul(r, a, b, m, mLen)) return;
   }
   Digit product[bn_scratch_digits];
+  const WipeOnExit wiped(product);
   if (a == b) {
     zeb_bn_Sqr(product, a, mLen);
   } else {
@@ -127,16 +137,17 @@ Status zeb_bn_Euclid(Digit* inv, const Digit* a, const Digit* m, std::uint32_t l
     if (inv != nullptr) zeb_bn_copy(inv, a, len);
     return ZEB_SUCCESS;
   }
-  EuclidRow rows[2] = {};
-  EuclidRow* previous = &rows[0];
-  EuclidRow* current = &rows[1];
+  EuclidNumbers numbers = {};
+  const WipeOnExit wiped(numbers);
+  EuclidRow* previous = &numbers.rows[0];
+  EuclidRow* current = &numbers.rows[1];
   zeb_bn_copy(previous->remainder, m, len);
   zeb_bn_copy(current->remainder, a, len);
   current->coefficient[0] = 1;
   bool negative = false;  // sign of the current coefficient
   while (!is_one(current->remainder, len)) {
     if (bn_significant_digits(current->remainder, len) == 0) return ZEB_ERR_FAIL;
-    euclid_step(*previous, *current, len);
+    euclid_step(*previous, *current, numbers, len);
     std::swap(previous, current);
     negative = !negative;
   }

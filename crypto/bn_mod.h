@@ -13,11 +13,11 @@
 inline constexpr std::uint32_t bn_max_modulus_digits = 66;
 
 /// Classical reduction (Knuth's algorithm D without the quotient) in place: on return the low mLen
-/// digits of `a` hold a mod m and the digits above are zero. aLen > mLen; with aLen = mLen nothing
-/// is done, even when a >= m, on purpose.
-/// The trial digit is not clamped, on purpose: about once in 2^32 steps, or with a modulus that is
-/// not normalised, the reduction comes out irregular and leaves digits above the modulus. Use
-/// bn_reduce_exactly where the result matters.
+/// digits of `a` hold a mod m and the digits above are zero. Nothing is done when aLen <= mLen,
+/// even for a >= m, or when the top digit of m is 0. The trial digit is not clamped: about once in
+/// 2^32 steps the reduction comes out irregular and leaves digits above the modulus. So it does
+/// when m is not normalised, or when the top digits of `a` are not below m, as they are in a
+/// product of two numbers below m. Use bn_reduce_exactly where the result matters.
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen);
 
 /// zeb_bn_ClassicalRed, finished by zeb_bn_Div on the untouched input when it comes out irregular.
@@ -33,7 +33,8 @@ void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std
 void zeb_bn_Binary(Digit* r, const Digit* base, const Digit* m, std::uint32_t mLen, const Digit* e,
                    std::uint32_t eLen);
 
-/// inv = a^-1 mod m, all of `len` digits (at most 66), by the extended Euclidean algorithm. `inv`
-/// may be null when only the answer matters.
-/// @return 0, or ZEB_ERR_FAIL when gcd(a, m) is not 1; nothing is written then.
+/// inv = a^-1 mod m, all of `len` digits, by the extended Euclidean algorithm. `inv` may be null
+/// when only the answer matters. a = 1 is its own inverse for every m.
+/// @return 0, or ZEB_ERR_FAIL when gcd(a, m) is not 1, for a = 0 also with m = 1, and for a `len`
+///         of 0 or above 66; nothing is written then.
 Status zeb_bn_Euclid(Digit* inv, const Digit* a, const Digit* m, std::uint32_t len);

@@ -64,10 +64,10 @@ Status ZEB_RSA_PSS_SignCRT(std::uint32_t* sigWords, Digit* signature,
 /// result = input^d mod n by Garner's recombination, both of the key's nWords digits; input < n.
 void zeb_RSA_CrtDec(Digit* result, const Digit* input, const ZEB_RSA_PRIVATE_KEY* key);
 
-/// Verifies a signature of `nWords` digits over a digest. On purpose lenient: the signature is not
-/// compared with n, the top bit of the unmasked encoding is not looked at and the salt may have
-/// any length. An encoding without a separator is refused, and so is a key with a digit count
-/// outside 1 to 64 or a modulus whose top bit is clear.
+/// Verifies a signature of `nWords` digits over a digest. The signature may be n or larger, the top
+/// bit of the unmasked encoding is ignored and the salt may have any length. An encoding without a
+/// separator is refused, and so is a key with a digit count outside 1 to 64, a modulus below 6
+/// digits or one whose top bit is clear.
 /// @return 0 when valid, otherwise ZEB_ERR_FAIL.
 Status ZEB_RSA_PSS_Verify(std::uint32_t nWords, const Digit* n, const Digit* signature,
                           std::uint32_t eWords, const Digit* e, std::uint32_t mHashLen,
@@ -90,17 +90,18 @@ Status Generate_PSS_RSASignature2(std::int32_t mode, const std::uint8_t* keyItem
                                   std::uint32_t* signatureLen);
 
 /// Verifies a signature of 128 or 256 bytes over a digest. `publicKeyLen` is not read; the length
-/// fields of the 256-byte form are ignored, on purpose.
-/// A failed verification overwrites the caller's signature and digest with zeros, on purpose.
+/// fields of the 256-byte form are ignored.
+/// A failed verification overwrites the caller's signature and digest with zeros.
 /// @return 0; VERIFY_ERR_SIGNATURE_LENGTH (nothing wiped); VERIFY_ERR_RSA.
 Status Verify_PSS_RSASignature(const std::uint8_t* publicKey, std::uint32_t publicKeyLen,
                                std::uint8_t* mHash, std::uint32_t mHashLen, std::uint8_t* signature,
                                std::uint32_t signatureLen);
 
-/// Verifies a signature over the SHA-1 digest of a message. Here the digit counts of the 256-byte
-/// form are taken from the key (a signed byte length divided by 4), on purpose, and `publicKey`
-/// has at least 264 + 256 readable bytes. `publicKeyLen` is not read.
-/// A failed verification overwrites the caller's signature with zeros, on purpose.
+/// Verifies a signature over the SHA-1 digest of a message, which is made before the length of the
+/// signature is checked. Here the digit counts of the 256-byte form are taken from the key (a
+/// signed byte length divided by 4), and `publicKey` has at least 264 + 256 readable bytes.
+/// `publicKeyLen` is not read.
+/// A failed verification overwrites the caller's signature with zeros.
 /// @return 0; VERIFY_ERR_SHA1_INIT, _UPDATE (null message) and _FINAL;
 ///         VERIFY_ERR_SIGNATURE_LENGTH; VERIFY_ERR_RSA.
 Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t publicKeyLen,
