@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string_view>
-#include <vector>
 
-#include "crypto/bn_words.h"
 #include "crypto/cpu.h"
 
 namespace {
@@ -19,9 +17,6 @@ TEST(Paths, TheOnesAskedForAreInForce) {
   EXPECT_EQ(crypto_paths().aes, available.aes && !masked);
   EXPECT_EQ(crypto_paths().bn_words, available.bn_words && !masked);
   EXPECT_EQ(crypto_paths().bn_rows, available.bn_rows && !masked);
-  const std::vector<Digit> modulus(32, 0xFFFFFFFF);
-  EXPECT_EQ(bn_words_take(modulus.data(), 32), available.bn_words && !masked);
-  EXPECT_FALSE(bn_words_take(modulus.data(), 31));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "crypto/bn_mod.h"
 #include "crypto/bn_words.h"
 #include "crypto/cpu.h"
-#include "crypto/prime.h"
 #include "crypto/prime_trial.h"
 #include "tests/support/numbers.h"
 
@@ -26,11 +25,11 @@ void expect_product(const Number& a, const Number& b, const Number& m) {
   on_each_path([&](bool on_words) {
     Number r(m.size());
     zeb_bn_ModMul(r.data(), a.data(), b.data(), m.data(), width_of(m));
-    EXPECT_EQ(Big(r), expected) << Big(a) << " * " << Big(b) << " mod " << Big(m);
+    EXPECT_EQ(Big(r), expected) << width_of(m);
     EXPECT_EQ(bn_words_take(m.data(), width_of(m)), on_words);
     if (on_words && Big(a) < Big(m) && Big(b) < Big(m)) {
       EXPECT_TRUE(bn_words_mod_mul(r.data(), a.data(), b.data(), m.data(), width_of(m)))
-          << Big(a) << " * " << Big(b) << " mod " << Big(m);
+          << width_of(m);
       EXPECT_EQ(Big(r), expected);
     }
   });
@@ -41,7 +40,7 @@ void expect_power(const Number& base, const Number& e, const Number& m) {
   on_each_path([&](bool) {
     Number r(m.size());
     zeb_bn_Binary(r.data(), base.data(), m.data(), width_of(m), e.data(), width_of(e));
-    EXPECT_EQ(Big(r), expected) << Big(base) << " ^ " << Big(e) << " mod " << Big(m);
+    EXPECT_EQ(Big(r), expected) << width_of(m);
   });
 }
 
@@ -49,11 +48,10 @@ TEST(WordPath, AgreesWithDigitsAndOpenssl) {
   std::mt19937_64 engine(30);
   for (std::uint32_t i = 0; i < 8 * shape_count * shape_count && !HasFailure(); ++i) {
     const std::uint32_t width = 8 * (1 + i % 8);
-    const auto [shape, m_shape] = pair_of_shapes(i / 8);
-    Number m = make_number(engine, width, m_shape);
+    Number m = make_number(engine, width, i / 8 / shape_count);
     m.back() |= digit_top_bit;
-    const Number a = make_number(engine, width, shape);
-    const Number b = make_number(engine, width, static_cast<int>(engine() % shape_count));
+    const Number a = make_number(engine, width, i / 8 % shape_count);
+    const Number b = make_number(engine, width, engine() % shape_count);
     expect_product(a, b, m);
     expect_product(a, a, m);
     expect_product((Big(m) - 1).digits(width), (Big(a) % Big(m)).digits(width), m);
@@ -67,7 +65,7 @@ TEST(WordPath, AgreesWithDigitsAndOpenssl) {
       expect_product((number % Big(m)).digits(width), Big::unit(shift + 2).digits(width), m);
     }
     // Irregular to the end, with nothing left above the modulus.
-    expect_product(Number(width, 0xFFFFFFFF), (Big(m) + 1).low(width).digits(width), m);
+    expect_product(Number(width, 0xFFFFFFFF), ((Big(m) + 1) % Big::unit(width)).digits(width), m);
   }
 }
 
@@ -82,20 +80,13 @@ TEST(TrialDivision, RejectsCompositesWithASmallFactorAndNoPrime) {
     if (i % 2 != 0) n = (Big(n) * Big(3 + 2 * (engine() % (bound / 2 - 1)))).digits(width);
     bool is_divisible = false;
     for (Digit d = 3; d < bound; d += 2) is_divisible |= bn_ModD(n.data(), width, d) == 0;
-    EXPECT_TRUE(is_divisible ? is_rejected(n) : !(is_rejected(n) && Big(n).is_prime())) << Big(n);
+    EXPECT_TRUE(is_divisible ? is_rejected(n) : !(is_rejected(n) && Big(n).is_prime()));
   }
   for (const std::uint32_t bits : {61U, 89U, 521U, 607U}) {  // Mersenne primes
     const std::uint32_t width = bits / digit_bits + 1;
     EXPECT_FALSE(is_rejected((power(2, bits, Big::unit(width + 1)) - 1).digits(width))) << bits;
   }
   for (Digit n = 3; n < 1U << 14; n += 2) EXPECT_FALSE(Big(n).is_prime() && is_rejected({n, 0}));
-}
-
-// A product of three primes that most bases take for a prime unless a root of 1 gives it away.
-TEST(Prime, RefusesACarmichaelNumber) {
-  const Number n = {0xa258ff31, 0x8a5d9fe0, 0x1afaeecb, 0xbf6fd061,
-                    0x832b0075, 0xdb8d0505, 0x0c6d51fd, 0xc9451787};
-  EXPECT_EQ(ZEB_MillerRabin(n.data(), width_of(n)), ZEB_ERR_FAIL);
 }
 
 }  // namespace

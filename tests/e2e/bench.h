@@ -1,80 +1,170 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdio>
 
 #include "scheme/private_key_file.h"
-#include "tests/support/openssl_schemes.h"
-#include "tests/support/schemes.h"
+#include "tests/support/keys.h"
 
-inline void expect_outcome(const Outcome& outcome, int status, const std::string& output,
-                           int signal = 0) {
-  EXPECT_TRUE(outcome.in_time);
-  EXPECT_EQ(outcome.errors, "");
-  EXPECT_EQ(outcome.signal, signal);
-  EXPECT_EQ(outcome.status, signal == 0 ? status : -1);
-  EXPECT_EQ(outcome.output, output);
+// The two schemes as a user meets them, and runs of the real programs in a directory of their own.
+
+/// Where the numbers of a public-key file stand, what its proof of possession covers, the proof.
+struct PublicFile {
+  std::size_t n, e, proven, proven_end, proof;
+};
+
+struct Scheme {
+  std::string name, option;
+  std::size_t length;                                         // of a modulus in bytes
+  std::string root_info, root_private, efuse, stage2_public;  // fixed names
+  std::string public_suffix, private_suffix;                  // of a stage-2 pair
+  std::size_t efuse_length;
+  PublicFile root, stage2;
+  // Boot context: stage-2 key, signature, root public-key info, then what nothing covers.
+  std::size_t context_length, context_signature, context_info, uncovered;
+  std::size_t block;           // a stage-1 image is whole blocks of so many bytes
+  std::int32_t key_file_mode;  // of do_PrivateKey_Encrypt
+
+  bool is_v11() const { return key_file_mode == 1; }
+  std::size_t key_length() const { return is_v11() ? 132 : 268; }
+  std::string title() const {
+    return "***Sealwright " + option.substr(1) + " for Vextral Application Processor***\n";
+  }
+  std::string making_line() const {
+    return "RSA " + std::to_string(8 * length) + " bits key is generating...\n";
+  }
+};
+
+// clang-format off
+inline const Scheme v21 = {
+    "V21", "-v2.1", 256,
+    "publicKeyInfo_V21.dat", "privateKey_V21.dat", "eFuseData_V21.dat", "publicKeyInfo_V21_stage2.dat",
+    "_V21.spk", "_V21.prv", 20,
+    {4, 264, 0, 288, 292}, {4, 264, 0, 288, 292},
+    1024, 272, 528, 816, 16, 2};
+inline const Scheme v11 = {
+    "V11", "-v1.1", 128,
+    "publicKeyInfo.dat", "privateKey.dat", "eFuseData.dat", "stage2_key.spk",
+    ".spk", ".prv", 16,
+    {0, 128, 0, 152, 152}, {40, 172, 36, 176, 180},
+    512, 132, 260, 412, 1, 1};
+
+// By stage.
+inline const std::string signed_line[] = {"",
+    "Stage 1: Signature generation is successful.\n", "Stage 2: Signature generation is successful.\n"};
+inline const std::string not_signed_line[] = {"",
+    "Stage 1: Signature generation is failed.\n", "Stage 2: Signature generation is failed.\n"};
+inline const std::string verified_line[] = {"",
+    "Stage 1: Signature verification is successful.\n", "Stage 2: Signature verification is successful.\n"};
+inline const std::string refused_line[] = {"",
+    "Stage 1: Signature verification is failed.\n", "Stage 2: Signature verification is failed.\n"};
+inline const std::string popp_line =
+    "Invalid Stage 2 Public Key: POPP(Proof of Posession Private Key) Failure\n";
+inline const std::string open_error = "file open error\n";
+inline const std::string version_line = "sealWright version 2.1\n";
+// clang-format on
+
+/// A program of this build, or of another machine's where a variable says so.
+inline std::string tool(const char* variable, const char* built) {
+  const char* other = std::getenv(variable);
+  return other == nullptr ? built : other;
+}
+inline const std::string full_tool = tool("SEALWRIGHT_FULL_TOOL", FULL_TOOL);
+inline const std::string client_tool = tool("SEALWRIGHT_CLIENT_TOOL", CLIENT_TOOL);
+
+inline std::string text_file(const std::string& name) {
+  const Bytes bytes = read_bytes(TEST_DATA "/texts/" + name + ".txt");
+  return std::string(bytes.begin(), bytes.end());
+}
+
+inline std::string banner_of(const Scheme& s) {
+  static const std::string notice = text_file("notice");
+  return "\n" + s.title() + notice;
+}
+
+struct Outcome {
+  int status;  // exit status, or the signal that ended it, negative; 124 for a hang
+  std::string output;
+};
+
+/// Runs a shell command; what it says on standard error is part of its output.
+inline Outcome run(const std::string& command) {
+  static constexpr rlimit no_core = {0, 0};
+  setrlimit(RLIMIT_CORE, &no_core);  // some abort, as they should
+  std::FILE* pipe = popen(("exec 2>&1 timeout 60 " + command).c_str(), "r");
+  require(pipe != nullptr, "cannot run " + command);
+  Outcome outcome;
+  for (int c = 0; (c = std::fgetc(pipe)) != EOF;) outcome.output += static_cast<char>(c);
+  const int status = pclose(pipe);
+  outcome.status = WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+  return outcome;
 }
 
 /// A fresh directory with the keys and images of one scheme, and runs of both tools in it.
 class Bench : public testing::TestWithParam<Scheme> {
  protected:
-  const Scheme& scheme = GetParam();
-  const TempDirectory here;
-  const std::string private_key = "key" + scheme.private_suffix;
-  const std::string public_key = "key" + scheme.public_suffix;
-  const Args seal1 = {"BL1.bin", "out", "-STAGE1"};
-  const Args seal2 = {"BL2.bin", "out", private_key, "-STAGE2"};
-  const Args check1 = {"sealed1", scheme.efuse, "-VERIFY"};
-  const Args check2 = {"sealed2", public_key, "-STAGE2_VERIFY"};
+  const Scheme& s = GetParam();
+  const WorkingDirectory here;
+  const std::string private_key = "key" + s.private_suffix, public_key = "key" + s.public_suffix;
+  const std::string seal1 = "BL1.bin out -STAGE1",
+                    seal2 = "BL2.bin out " + private_key + " -STAGE2";
+  const std::string check1 = "sealed1 " + s.efuse + " -VERIFY";
+  const std::string check2 = "sealed2 " + public_key + " -STAGE2_VERIFY";
 
   void SetUp() override { restore(); }
   void restore() const {
-    for (const auto& [name, bytes] : device(0)) write(name, bytes);
+    for (const auto& [name, bytes] : device(0)) write_bytes(name, bytes);
   }
-  /// The files of one of two devices.
-  const Snapshot& device(int which) const {
-    static std::map<std::string, Snapshot> made;
-    Snapshot& files = made[scheme.name + std::to_string(which)];
-    if (files.empty()) files = make_device(scheme);
-    return files;
-  }
-  Bytes read(const std::string& name) const { return read_bytes(here / name); }
-  void write(const std::string& name, const Bytes& bytes) const { write_bytes(here / name, bytes); }
-  void flip(const std::string& name, std::size_t position) const {
-    Bytes bytes = read(name);
-    bytes.at(position) ^= 0x08;
-    write(name, bytes);
+  /// The files of one of two devices, made by the tool itself.
+  const Files& device(int which) const {
+    static std::map<std::string, Files> made;
+    Files& files = made[s.name + std::to_string(which)];
+    if (!files.empty()) return files;
+    const WorkingDirectory there;
+    write_bytes("BL1.bin", some_bytes(1024));
+    write_bytes("BL2.bin", some_bytes(1001));
+    make("-KEYGEN");
+    make("key -STAGE2_KEYGEN");
+    write_bytes(s.stage2_public, read_bytes(public_key));
+    make("BL1.bin sealed1 -STAGE1");
+    make("BL2.bin sealed2 " + private_key + " -STAGE2");
+    return files = read_all_files();
   }
 
-  /// Runs a command, a stage-2 one with both tools.
-  void expect_run(const Args& args, int status, const std::string& text, int signal = 0) const {
+  /// Runs a command, a stage-2 one with both tools. A negative status is the signal that ends it.
+  void expect_run(const std::string& command, int status, const std::string& text) const {
     for (const std::string& tool : {full_tool, client_tool}) {
-      if (tool == client_tool && !is_client_command(args)) continue;
-      SCOPED_TRACE(tool + testing::PrintToString(args));
-      expect_outcome(run_tool(tool, scheme, args, here.path()), status, banner_of(scheme) + text,
-                     signal);
+      if (tool == client_tool && command.find("-STAGE2") == std::string::npos) continue;
+      SCOPED_TRACE(tool + " " + s.option + " " + command);
+      const Outcome outcome = run(tool + " " + s.option + " " + command);
+      EXPECT_EQ(outcome.status, status);
+      EXPECT_EQ(outcome.output, banner_of(s) + text);
     }
   }
   /// The run fails, leaves no output and changes no file.
-  void expect_failure(const Args& args, int status, const std::string& text, int signal = 0) const {
-    const Snapshot before = read_directory(here.path());
-    expect_run(args, status, text, signal);
-    EXPECT_TRUE(read_directory(here.path()) == before) << testing::PrintToString(args);
+  void expect_failure(const std::string& command, int status, const std::string& text) const {
+    const Files before = read_all_files();
+    expect_run(command, status, text);
+    EXPECT_TRUE(read_all_files() == before) << command;
   }
 
   Bytes open_key(const std::string& name) const {
-    Bytes bytes = read(name);
-    const auto size = static_cast<std::uint32_t>(bytes.size());
-    EXPECT_EQ(do_PrivateKey_Decrypt(scheme.key_file_mode, bytes.data(), size), 0U);
+    Bytes bytes = read_bytes(name);
+    EXPECT_EQ(do_PrivateKey_Decrypt(s.key_file_mode, bytes.data(), length_of(bytes)), 0U);
     return bytes;
   }
-  void write_key(const std::string& name, Bytes bytes) const {
-    const auto size = static_cast<std::uint32_t>(bytes.size());
-    EXPECT_EQ(do_PrivateKey_Encrypt(scheme.key_file_mode, bytes.data(), size), 0U);
-    write(name, bytes);
+
+ private:
+  void make(const std::string& command) const {
+    const Outcome outcome = run(full_tool + " " + s.option + " " + command);
+    require(outcome.status == 0, outcome.output);
   }
 };
 
 #define RUN_FOR_SCHEMES(suite, ...)                               \
   INSTANTIATE_TEST_SUITE_P(, suite, testing::Values(__VA_ARGS__), \
-                           [](const auto& run) { return run.param.name; })
+                           [](const auto& test) { return test.param.name; })

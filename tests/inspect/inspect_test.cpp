@@ -8,9 +8,7 @@
 #include "inspect/boot.h"
 #include "inspect/describe.h"
 #include "sb20/records.h"
-#include "scheme/private_key_file.h"
-#include "tests/support/openssl_schemes.h"
-#include "tests/support/schemes.h"
+#include "tests/e2e/bench.h"
 
 namespace {
 
@@ -31,51 +29,41 @@ Bytes damage(Bytes bytes, std::size_t at) {
   return bytes;
 }
 
-class Inspect : public testing::TestWithParam<Scheme> {
+class Inspect : public Bench {
  protected:
-  const Scheme& scheme = GetParam();
-  const std::size_t width = scheme.signature_length;
-  const std::string scheme_name = scheme.is_v11() ? "1.1" : "2.1";
-  const std::string e = scheme.is_v11() ? "65537" : "3";
-  const std::string public_key = "key" + scheme.public_suffix;
-  const std::string private_key = "key" + scheme.private_suffix;
+  const std::string scheme_name = s.is_v11() ? "1.1" : "2.1";
+  const std::string e = s.is_v11() ? "65537" : "3";
 
-  /// A file of one of two devices.
-  const Bytes& file(const std::string& name, int device = 0) const {
-    static std::map<std::string, Snapshot> made;
-    Snapshot& files = made[scheme.name + std::to_string(device)];
-    return (files.empty() ? files = make_device(scheme) : files).at(name);
-  }
   /// The public key that lies at `n` of a file, by OpenSSL: as JSON and as PEM.
   std::pair<std::string, std::string> key_at(const std::string& name, std::size_t n) const {
-    const Bytes modulus = slice(file(name), n, width);
-    const EvpKey key = make_evp_key(little_endian(modulus), std::stoul(e), 1);
+    const Bytes modulus = slice(read_bytes(name), n, s.length);
+    const Owned<RSA> key = make_rsa(modulus, std::stoul(e));
     Bytes der(512);
     unsigned char* end = der.data();
-    der.resize(static_cast<std::size_t>(i2d_PUBKEY(key.get(), &end)));
+    der.resize(static_cast<std::size_t>(i2d_RSA_PUBKEY(key.get(), &end)));
     const std::unique_ptr<BIO, int (*)(BIO*)> pem(BIO_new(BIO_s_mem()), BIO_free);
-    PEM_write_bio_PUBKEY(pem.get(), key.get());
+    PEM_write_bio_RSA_PUBKEY(pem.get(), key.get());
     char* text = nullptr;
     const auto length = static_cast<std::size_t>(BIO_get_mem_data(pem.get(), &text));
-    return {R"({"bits": )" + std::to_string(8 * width) + R"(, "exponent": )" + e +
-                R"(, "modulus": ")" + hex(Bytes(modulus.rbegin(), modulus.rend())) +
-                R"(", "sha1": ")" + hex(sha1(der)) + "\"}",
+    return {R"({"bits": )" + std::to_string(8 * s.length) + R"(, "exponent": )" + e +
+                R"(, "modulus": ")" + hex(reversed(modulus)) + R"(", "sha1": ")" + hex(sha1(der)) +
+                "\"}",
             std::string(text, length)};
   }
 };
+RUN_FOR_SCHEMES(Inspect, v11, v21);
 
 TEST_P(Inspect, SaysWhatEachFileHolds) {
-  const TempDirectory there;
-  const auto [root, root_pem] = key_at(scheme.root_info, scheme.root_n);
-  const auto [stage2, stage2_pem] = key_at(public_key, scheme.n);
+  const auto [root, root_pem] = key_at(s.root_info, s.root.n);
+  const auto [stage2, stage2_pem] = key_at(public_key, s.stage2.n);
   const std::string owned = R"(, "proof_of_possession": true)", agrees = R"(, "consistent": true)";
   const struct {
     std::string kind, name, rest, pem;
   } cases[] = {
-      {"efuse-data", scheme.efuse, "", ""},
-      {"public-key", scheme.root_info, R"(, "key": )" + root + owned, root_pem},
+      {"efuse-data", s.efuse, "", ""},
+      {"public-key", s.root_info, R"(, "key": )" + root + owned, root_pem},
       {"public-key", public_key, R"(, "key": )" + stage2 + owned, stage2_pem},
-      {"private-key", scheme.root_private, R"(, "key": )" + root + agrees, root_pem},
+      {"private-key", s.root_private, R"(, "key": )" + root + agrees, root_pem},
       {"private-key", private_key, R"(, "key": )" + stage2 + agrees, stage2_pem},
       {"secured-bl1", "sealed1",
        R"(, "code_size": 1024, "build_info": null, "root_key": )" + root + R"(, "stage2_key": )" +
@@ -83,35 +71,35 @@ TEST_P(Inspect, SaysWhatEachFileHolds) {
        "root key\n" + root_pem + "stage-2 key\n" + stage2_pem},
   };
   for (const auto& [kind, name, rest, pem] : cases) {
-    write_bytes(there / name, file(name));
-    const std::string size = std::to_string(file(name).size());
-    EXPECT_EQ(run_program(INSPECT_TOOL, {"--json", name}, there.path()).output,
+    const std::string size = std::to_string(read_bytes(name).size());
+    EXPECT_EQ(run(INSPECT_TOOL " --json " + name).output,
               R"([{"file": ")" + name + R"(", "kind": ")" + kind + R"(", "scheme": ")" +
                   scheme_name + R"(", "size": )" + size + R"(, "sound": true, "problems": [])" +
                   rest + "}]\n");
-    const Outcome run = run_program(INSPECT_TOOL, {"--pem", name}, there.path());
-    EXPECT_EQ(run.output, pem);
-    EXPECT_EQ(run.status, pem.empty() ? 1 : 0);
+    if (kind == "efuse-data") continue;
+    EXPECT_EQ(run(INSPECT_TOOL " --pem " + name).output, pem);
   }
-  EXPECT_THAT(describe_json(file("sealed2")), HasSubstr(R"("kind": "unknown", "scheme": null)"));
+  EXPECT_THAT(describe_json(read_bytes("sealed2")),
+              HasSubstr(R"("kind": "unknown", "scheme": null)"));
 }
 
 TEST_P(Inspect, NoticesDamageToKeyFiles) {
-  for (const std::string& name : {scheme.root_info, public_key}) {
-    for (std::size_t at = name == public_key ? scheme.proven : 0; at < file(name).size(); at += 7) {
-      EXPECT_THAT(describe_json(damage(file(name), at)),
+  for (const std::string& name : {s.root_info, public_key}) {
+    for (std::size_t at = name == public_key ? s.stage2.proven : 0; at < read_bytes(name).size();
+         at += 7) {
+      EXPECT_THAT(describe_json(damage(read_bytes(name), at)),
                   HasSubstr(R"("proof_of_possession": false)"));
     }
   }
-  for (const std::string& name : {scheme.root_private, private_key}) {
-    const bool has_header = scheme.is_v11() && name == private_key;
-    const std::size_t tail = scheme.is_v11() ? (has_header ? 0 : 4) : 12;
-    Bytes plain = file(name);
+  for (const std::string& name : {s.root_private, private_key}) {
+    const bool has_header = s.is_v11() && name == private_key;
+    const std::size_t tail = s.is_v11() ? (has_header ? 0 : 4) : 12;
+    Bytes plain = read_bytes(name);
     const auto length = static_cast<std::uint32_t>(plain.size());
-    do_PrivateKey_Decrypt(scheme.key_file_mode, plain.data(), length);
+    do_PrivateKey_Decrypt(s.key_file_mode, plain.data(), length);
     for (std::size_t at = has_header ? 36 : 0; at < length - tail; at += 4) {
       Bytes damaged = damage(plain, at);
-      do_PrivateKey_Encrypt(scheme.key_file_mode, damaged.data(), length);
+      do_PrivateKey_Encrypt(s.key_file_mode, damaged.data(), length);
       EXPECT_THAT(describe_json(damaged), HasSubstr(R"("sound": false)")) << name << at;
     }
   }
@@ -142,68 +130,63 @@ std::string verdicts(const Bytes& efuse, Bytes bl1, const Bytes& bl2) {
 }
 
 TEST_P(Inspect, TellsWhetherADeviceBoots) {
-  Bytes bl1 = file("sealed1");
-  const Bytes bl2 = file("sealed2"), efuse = file(scheme.efuse), other = file(scheme.efuse, 1);
-  const std::size_t context = bl1.size() - scheme.context_length;
-  const std::size_t signature = context + scheme.context_signature;
-  const std::size_t key = context + scheme.root_n, root = key + scheme.context_info;
-  const std::size_t stated = signature - (scheme.is_v11() ? 0 : 4),
-                    end = context + scheme.uncovered;
+  Bytes bl1 = read_bytes("sealed1");
+  const Bytes bl2 = read_bytes("sealed2"), efuse = read_bytes(s.efuse),
+              other = device(1).at(s.efuse);
+  const std::size_t context = bl1.size() - s.context_length;
+  const std::size_t signature = context + s.context_signature, end = context + s.uncovered;
+  const std::size_t key = context + s.root.n, root = key + s.context_info;
   const std::pair<std::size_t, std::string> parts[] = {{0, "-+-+"},
                                                        {context - 1, "-+-+"},
                                                        {key, "-+--"},
-                                                       {stated, "-+-+"},
-                                                       {signature + width - 1, "-+-+"},
+                                                       {signature - (s.is_v11() ? 0 : 4), "-+-+"},
+                                                       {signature + s.length - 1, "-+-+"},
                                                        {root, "---+"},
                                                        {end - 1, "--++"},
                                                        {end, "++++"},
                                                        {bl1.size() - 1, "++++"}};
   for (const auto& [at, signs] : parts) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs);
-  const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, width - 1),
-                         file("sealed2", 1)};
+  const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, s.length - 1),
+                         device(1).at("sealed2")};
   for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), "-++-");
   EXPECT_EQ(verdicts(other, bl1, bl2), "--++");
   EXPECT_EQ(verdicts(joined(efuse, {0}), bl1, bl2), "--++");
   EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2), "----");
   Bytes swapped = bl1;  // to a stage-2 key that the root key has not vouched for
-  const Bytes foreign = slice(file("sealed1", 1), context, scheme.context_key_length);
+  const Bytes foreign = slice(device(1).at("sealed1"), context, s.key_length());
   std::ranges::copy(foreign, &swapped[context]);
-  EXPECT_EQ(verdicts(efuse, swapped, file("sealed2", 1)), "-+-+");
+  EXPECT_EQ(verdicts(efuse, swapped, device(1).at("sealed2")), "-+-+");
 
   EXPECT_THAT(to_json(check_boot(other, bl1, {})), HasSubstr(R"("code_sha1": null)"));
   EXPECT_EQ(to_json(check_boot(efuse, bl1, {})),
             R"({"scheme": ")" + scheme_name + R"(", "boots": true, "checks": [{"what": "fuses", )" +
                 R"("ok": true}, {"what": "bl1-signature", "ok": true}], "code_sha1": ")" +
-                hex(sha1(file("BL1.bin"))) + R"(", "problems": []})");
+                hex(sha1(read_bytes("BL1.bin"))) + R"(", "problems": []})");
 }
 
-INSTANTIATE_TEST_SUITE_P(, Inspect, testing::Values(v21, v11),
-                         [](const auto& run) { return run.param.name; });
-
 TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
-  const TempDirectory there;
-  const std::string odd = "-\"\\\n\x7f\xe2\x82\xc3\xa9";
-  write_bytes(there / odd, Bytes(20, 0x5A));
-  mkfifo((there / "pipe").c_str(), 0600);
-  write_bytes(there / "large", {});
-  std::filesystem::resize_file(there / "large", std::uintmax_t{1} << 31);
-  const auto run = [&](const Args& args) { return run_program(INSPECT_TOOL, args, there.path()); };
+  const WorkingDirectory here;
+  const std::string odd = "-\"\\\n\x7f\xe2\x82\xc3\xa9", quoted = "'" + odd + "'";
+  const auto ask = [](const std::string& arguments) { return run(INSPECT_TOOL " " + arguments); };
+  write_bytes(odd, Bytes(20, 0x5A));
+  mkfifo("pipe", 0600);
+  write_bytes("large", {});
+  std::filesystem::resize_file("large", std::uintmax_t{1} << 31);
   for (const std::string name : {"missing", ".", "pipe", "large"}) {
-    const Outcome outcome = run({"--boot", "--", name, odd});
-    EXPECT_EQ(outcome.errors.rfind("Sealwright_inspect: " + name + ": ", 0), 0U) << outcome.errors;
-    EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(outcome.status + run({name}).status, 4);
+    const Outcome outcome = ask("--boot -- " + name + " " + quoted);
+    EXPECT_TRUE(outcome.output.starts_with("Sealwright_inspect: " + name + ": "));
+    EXPECT_EQ(outcome.status + ask(name).status, 4);
   }
-  for (const Args& args : {Args{}, {"--boot", "a"}, {"--pem"}, {"--pem", "a", "b"}, {odd}}) {
-    EXPECT_THAT(run(args).errors, HasSubstr("--help"));
+  for (const std::string& arguments : {std::string(), std::string("--boot a"), std::string("--pem"),
+                                       std::string("--pem a b"), quoted}) {
+    EXPECT_THAT(ask(arguments).output, HasSubstr("--help"));
   }
-  const Outcome outcome = run({"--json", "--", odd, odd});
+  const Outcome outcome = ask("--json -- " + quoted + " " + quoted);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output,
               HasSubstr(R"("-\"\\\u000a\u007f\ufffd\ufffdé", "kind": "efuse-data")"));
   EXPECT_THAT(outcome.output, testing::Not(testing::ContainsRegex("ZZ|5a5a|5A5A")));
-  const std::string command = INSPECT_TOOL " --version >/dev/full";
-  EXPECT_EQ(run_program("/bin/sh", {"-c", command}, there.path()).status, 2);
+  EXPECT_EQ(run("sh -c '" INSPECT_TOOL " --version >/dev/full'").status, 2);
 }
 
 }  // namespace

@@ -1,0 +1,123 @@
+// Damaged keys, signatures and encodings, damaged files of every kind, and numbers of any form.
+// Whatever comes, it ends; what is accepted, OpenSSL accepts or is what was made.
+
+#include "crypto/cpu.h"
+#include "inspect/boot.h"
+#include "inspect/describe.h"
+#include "scheme/private_key_file.h"
+#include "tests/support/edit.h"
+#include "tests/support/numbers.h"
+#include "tests/support/schemes.h"
+
+namespace {
+
+template <typename S>
+const Sealed<S>& sealed() {
+  static const Sealed<S> made;
+  return made;
+}
+
+/// Whether a wrapper has to accept a signature, by its lenient rules.
+bool judge(bool by_message, const Bytes& key, const Bytes& digest, const Bytes& signature) {
+  const bool wide = signature.size() == 256, stated = wide && by_message;
+  const auto length_at = [&](std::size_t at) {
+    return static_cast<std::size_t>(static_cast<std::int32_t>(load_le32(&key[at])) / 4) * 4;
+  };
+  const std::size_t n_length = stated ? length_at(0) : signature.size();
+  const std::size_t e_length = stated ? length_at(260) : 4;
+  if (n_length < 24 || n_length > 256 || e_length < 4 || e_length > 256) return false;
+  const Bytes n = slice(key, wide ? 4 : 0, n_length), e = slice(key, wide ? 264 : 128, e_length);
+  if (n.back() < 0x80) return false;
+  Bytes encoded = reversed(power(slice(signature, 0, n_length), e, n).bytes(n_length));
+  encoded[0] &= 0x7F;
+  return pss_matches(n, digest, encoded);
+}
+
+template <typename S>
+void verify_signature(const Choose& choose) {
+  Key key = sealed<S>().key;
+  const bool by_message = choose(2) == 0;
+  Bytes covered = by_message ? some_bytes(1 + choose(99)) : Bytes(20);
+  Bytes signature = reversed(pss_encode(key[0], by_message ? sha1(covered) : covered, choose(40)));
+  if (choose(2) == 0) {
+    key[1] = 1;  // the encoding is its own signature
+  } else {
+    signature = power(signature, key[2], key[0]).bytes(S::length);
+  }
+  Bytes public_key = public_key_of(key, S::length);
+  Bytes* parts[] = {&public_key, &signature, &covered};
+  damage(*parts[choose(3)], choose);
+  signature.resize(S::length);
+  public_key.resize(1024);  // as the tool has it
+  covered.resize(by_message ? covered.size() + 1 : 20);
+  const Bytes digest = by_message ? sha1(covered) : covered;
+  const bool good = judge(by_message, public_key, digest, signature);
+  require(verify(by_message, public_key, covered, signature) == (good ? 0 : 0xFFF20090), "verdict");
+}
+
+template <typename S>
+void inspect_files(const Choose& choose) {
+  const Sealed<S>& good = sealed<S>();
+  const Bytes image = joined(good.code, bytes_of(good.context));
+  const bool v11 = S::length == 128;
+  Bytes efuse = good.efuse, bl1 = image;
+  Bytes private_file = v11 ? joined(Bytes(36), good.list) : joined(good.list, Bytes(12));
+  Bytes public_file = public_key_of(good.key, S::length);
+  public_file.resize(v11 ? 280 + 28 * choose(2) : 548);
+  Bytes* parts[] = {&efuse, &bl1, &private_file, &public_file};
+  damage(*parts[choose(4)], choose);
+  private_file.resize((private_file.size() + 15) / 16 * 16);
+  do_PrivateKey_Encrypt(v11 ? 1 : 2, private_file.data(), length_of(private_file));
+  for (const Bytes* file : parts) {
+    const Report report = describe("file", *file);
+    require(!to_json(report).empty() && !to_text("file", report).empty(), "a report");
+  }
+  // Nothing covers the end of the context.
+  const std::size_t covered = good.code.size() + offsetof(typename S::Context, funcPtrTable);
+  const bool same = efuse == good.efuse && bl1.size() == image.size() &&
+                    slice(bl1, 0, covered) == slice(image, 0, covered);
+  const std::optional<ByteView> bl2 = private_file;
+  require(!check_boot(efuse, bl1, bl2).problems.empty(), "a file taken for a signed image");
+  const bool boots = check_boot(efuse, bl1, std::nullopt).problems.empty();
+  require(same || !boots, "an image that was not made");
+}
+
+Number take_number(const Choose& choose, std::size_t width) {
+  Bytes bytes(4 * width, choose(2) == 0 ? 0 : 255);
+  damage(bytes, choose);
+  bytes.resize(4 * width);
+  return Big(bytes).digits(width);
+}
+
+void calculate(const Choose& choose) {
+  const std::size_t width = 1 + choose(bn_max_modulus_digits);
+  const std::size_t wider = width + choose(bn_scratch_digits - width + 1);
+  const Number a = take_number(choose, wider), b = take_number(choose, width);
+  check_division(a, b);
+  if (wider <= bn_max_modulus_digits) check_arithmetic(a, b, a[0]);
+  Number m = take_number(choose, width);
+  m[0] |= 2;
+  check_modular(b, take_number(choose, width), m, take_number(choose, 1));
+  check_inverse(b, m);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // What the input lacks counts as zero.
+  const auto byte = [&] { return size == 0 ? std::size_t{0} : (--size, std::size_t{*data++}); };
+  const Choose choose = [&](std::size_t limit) {
+    return (byte() + (limit > 256 ? byte() << 8 : 0)) % limit;
+  };
+  const std::size_t form = byte();
+  force_crypto_paths({(form & 8) == 0, (form & 16) == 0, (form & 32) == 0, (form & 64) == 0});
+  const bool v11 = (form & 1) != 0;
+  if ((form & 6) == 0) {
+    v11 ? verify_signature<V11>(choose) : verify_signature<V21>(choose);
+  } else if ((form & 6) == 2) {
+    v11 ? inspect_files<V11>(choose) : inspect_files<V21>(choose);
+  } else {
+    calculate(choose);
+  }
+  return 0;
+}

@@ -1,0 +1,207 @@
+#include <sys/stat.h>
+
+#include "tests/e2e/bench.h"
+#include "tests/support/edit.h"
+
+namespace {
+
+struct Command {
+  std::string line, success;
+  int stage;
+  std::vector<std::string> inputs;
+};
+
+class Input : public Bench {
+ protected:
+  const std::vector<std::string> for_stage1 = {"BL1.bin", s.stage2_public, s.root_private,
+                                               s.root_info, s.efuse};
+  const std::map<std::string, Command> commands = {
+      {"seal1", {seal1, signed_line[1], 1, for_stage1}},
+      {"seal_p", {"BL1.bin out x -P", signed_line[1], 1, for_stage1}},
+      {"check1", {check1, verified_line[1], 1, {"sealed1", s.efuse}}},
+      {"seal2", {seal2, signed_line[2], 2, {"BL2.bin", private_key}}},
+      {"check2", {check2, verified_line[2], 2, {"sealed2", public_key}}}};
+  const std::map<std::string, std::string> files = {{"efuse", s.efuse},
+                                                    {"root_info", s.root_info},
+                                                    {"root_private", s.root_private},
+                                                    {"stage2_public", s.stage2_public},
+                                                    {"public_key", public_key},
+                                                    {"private_key", private_key},
+                                                    {"sealed1", "sealed1"},
+                                                    {"sealed2", "sealed2"}};
+
+  /// Changes a file, a private-key file under its encryption when asked to.
+  template <typename Change>
+  void edit(const std::string& name, bool encrypted, Change change) const {
+    Bytes bytes = encrypted ? open_key(name) : read_bytes(name);
+    change(bytes);
+    if (encrypted) do_PrivateKey_Encrypt(s.key_file_mode, bytes.data(), length_of(bytes));
+    write_bytes(name, bytes);
+  }
+  void expect_end(const Command& command, int status, const std::string& text) const {
+    text == command.success ? expect_run(command.line, status, text)
+                            : expect_failure(command.line, status, text);
+    std::filesystem::remove("out");
+    restore();
+  }
+  static std::vector<std::uint32_t> numbers_in(const std::string& list) {
+    std::vector<std::uint32_t> numbers;
+    std::istringstream in(list);
+    for (std::string number; std::getline(in, number, ',');) {
+      numbers.push_back(number == "-" ? 0
+                                      : static_cast<std::uint32_t>(std::stoul(number, nullptr, 0)));
+    }
+    return numbers;
+  }
+};
+RUN_FOR_SCHEMES(Input, v11, v21);
+
+TEST_P(Input, DamagedFilesEndAsListed) {
+  std::ifstream rows(TEST_DATA "/bad_input.txt");
+  int count = 0;
+  for (std::string row; std::getline(rows, row);) {
+    std::istringstream in(row);
+    std::string scheme, file, damage, places, values, word, status, line;
+    in >> scheme >> file >> damage >> places >> values >> word >> status >> line;
+    if (scheme != s.name && scheme != "both") continue;
+    SCOPED_TRACE(row);
+    ++count;
+    const Command& command = commands.at(word);
+    const bool encrypted = damage.starts_with("key-");
+    if (encrypted) damage.erase(0, 4);
+    const std::map<std::string, std::string> lines = {
+        {"signed", command.success},
+        {"verified", command.success},
+        {"not_signed", not_signed_line[command.stage]},
+        {"refused", refused_line[command.stage]},
+        {"popp", popp_line},
+        {"-", ""}};
+    for (const std::uint32_t place : numbers_in(places)) {
+      for (const std::uint32_t value : numbers_in(values)) {
+        edit(files.at(file), encrypted, [&](Bytes& bytes) {
+          if (damage == "size") bytes.resize(value);
+          if (damage == "bit") bytes.at(place) ^= 0x80;
+          if (damage == "word") store_le32(&bytes.at(place), value);
+          if (damage == "noise") bytes = some_bytes(bytes.size());
+          if (damage == "other") bytes = device(1).at(files.at(file));
+        });
+        expect_end(command, status == "abort" ? -SIGABRT : std::stoi(status), lines.at(line));
+      }
+    }
+  }
+  EXPECT_GT(count, 40);
+}
+
+TEST_P(Input, TheProofOfPossessionIsCheckedBeforeAnythingElse) {
+  const Bytes proof_of_another = slice(device(1).at(public_key), s.stage2.proof, s.length);
+  write_bytes(s.stage2_public,
+              joined(slice(read_bytes(public_key), 0, s.stage2.proof), proof_of_another));
+  std::filesystem::remove(s.root_private);  // is never missed
+  expect_failure(seal1, 144, popp_line);
+}
+
+TEST_P(Input, FilesThatCannotBeRead) {
+  for (const auto& [word, command] : commands) {
+    if (s.is_v11() && word == "seal_p") continue;
+    for (const std::string& input : command.inputs) {
+      std::filesystem::remove(input);
+      expect_failure(command.line, 255, open_error);
+      std::filesystem::create_directory(input);
+      expect_failure(command.line, 255, open_error);
+      std::filesystem::remove(input);
+      ASSERT_EQ(mkfifo(input.c_str(), 0600), 0);
+      expect_failure(command.line, 255, open_error);
+      std::filesystem::remove(input);
+      restore();
+    }
+  }
+  // With its signature this image would pass 2^31 - 1 bytes; the file is a hole.
+  std::filesystem::resize_file("BL2.bin", (1U << 31) - s.length);
+  expect_run(seal2, 255, open_error);
+  EXPECT_FALSE(std::filesystem::exists("out"));
+}
+
+TEST_P(Input, FilesThatCannotBeWritten) {
+  std::filesystem::create_directory("directory");
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  for (const std::string out : {"directory", "missing/out", "pipe"}) {
+    expect_failure("BL1.bin " + out + " -STAGE1", 0, signed_line[1] + open_error);
+    expect_failure("BL2.bin " + out + " " + private_key + " -STAGE2", 0,
+                   signed_line[2] + open_error);
+  }
+  expect_failure("missing/key -STAGE2_KEYGEN", 0, s.making_line() + open_error + open_error);
+  const std::string too_long(128 - s.public_suffix.size(), 'k');
+  expect_failure(too_long + " -STAGE2_KEYGEN", -SIGABRT, s.making_line());
+  for (const std::string& name : {s.root_info, s.root_private, s.efuse}) {  // a set, or none of it
+    std::filesystem::remove(name);
+    std::filesystem::create_directory(name);
+    expect_failure("-KEYGEN", 0, s.making_line() + open_error);
+    std::filesystem::remove(name);
+    restore();
+  }
+}
+
+TEST_P(Input, MessagesStayOutOfFilesWhenTheOutputIsClosed) {
+  const Outcome outcome =
+      run("sh -c '" + full_tool + " " + s.option + " " + seal2 + " <&- >&- 2>&-'");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(slice(read_bytes("out"), 0, 1001), some_bytes(1001));
+  expect_run("out " + public_key + " -STAGE2_VERIFY", 0, verified_line[2]);
+}
+
+// The same 150 runs of a scheme each time. For more, and others:
+// --gtest_filter=*RandomDamage* --gtest_shuffle --gtest_repeat=100.
+TEST_P(Input, RandomDamageIsNeverTakenForGood) {
+  std::mt19937_64 engine(static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
+  const Choose choose = [&](std::size_t limit) { return engine() % limit; };
+  const auto any_of = [&](const auto& set) {
+    return *std::next(set.begin(), static_cast<std::ptrdiff_t>(choose(set.size())));
+  };
+  // What a verification goes by in a file, at least.
+  const auto relied_on = [&](const std::string& name, Bytes bytes) {
+    if (name == "sealed1")
+      bytes.resize(std::max(bytes.size(), s.context_length) - s.context_length + s.uncovered);
+    if (name == s.efuse) bytes.resize(s.efuse_length);
+    if (name != public_key) return bytes;
+    bytes.resize(s.stage2.proof);
+    return joined(slice(bytes, s.stage2.n, s.length), slice(bytes, s.stage2.e, 4));
+  };
+  for (int i = 0; i < 150; ++i) {
+    const Command command = any_of(commands).second;
+    const int stage = command.stage;
+    const std::string name = any_of(command.inputs),
+                      tool = stage == 2 && choose(2) == 0 ? client_tool : full_tool;
+    const bool is_private = name == private_key || name == s.root_private;
+    edit(name, is_private && choose(3) != 0, [&](Bytes& bytes) {
+      if (choose(16) == 0) bytes = any_of(device(0)).second;
+      damage(bytes, choose);
+      if (is_private) bytes.resize((bytes.size() + 15) / 16 * 16);
+    });
+    const Files before = read_all_files();
+    const Outcome outcome = run(tool + " " + s.option + " " + command.line);
+    SCOPED_TRACE("run " + std::to_string(i) + ", " + command.line + ", damaged " + name + ": " +
+                 outcome.output);
+    const auto says = [&](const std::string& text) {
+      return outcome.output == banner_of(s) + text;
+    };
+    if (!says(command.success)) {
+      EXPECT_TRUE(says("") || says(popp_line) || says(not_signed_line[stage]) ||
+                  says(refused_line[stage]));
+      EXPECT_TRUE(outcome.status == -SIGABRT ? says("")
+                                             : outcome.status >= 0 && outcome.status != 124);
+      EXPECT_TRUE(read_all_files() == before);
+    } else if (command.success == verified_line[stage]) {
+      EXPECT_EQ(relied_on(name, before.at(name)), relied_on(name, device(0).at(name)));
+    } else {  // what was sealed holds under undamaged keys
+      EXPECT_EQ(outcome.status, 0);
+      restore();
+      expect_run("out " + (stage == 1 ? s.efuse + " -VERIFY" : public_key + " -STAGE2_VERIFY"), 0,
+                 verified_line[stage]);
+    }
+    std::filesystem::remove("out");
+    restore();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,162 @@
+#include "tests/support/schemes.h"
+
+#include <gtest/gtest.h>
+
+#include "crypto/mem.h"
+#include "sb10/key_pair.h"
+#include "sb20/code_encryption.h"
+#include "sb20/stage1.h"
+#include "scheme/entry_table.h"
+#include "scheme/private_key_file.h"
+
+// What the commands never ask of the scheme code: its functions under arguments of any kind, and
+// those that no command calls.
+
+namespace {
+
+template <typename S>
+class Schemes : public testing::Test {};
+using BothSchemes = testing::Types<V11, V21>;
+TYPED_TEST_SUITE(Schemes, BothSchemes);
+
+TYPED_TEST(Schemes, PublicKeyInfoTakesAnHmacKey) {
+  using S = TypeParam;
+  Sealed<S> made;
+  constexpr std::uint32_t words = S::length / 4, room = S::efuse_length;
+  const auto& info = made.context.publicKeyInfo;
+  const Bytes given = made.hmac_key, hmac = bytes_of(info.hmac);
+  EXPECT_EQ(bytes_of(info.key), public_key_of(made.key, S::length));
+  EXPECT_EQ(hmac, hmac_sha1(given, bytes_of(info.key)));
+  for (std::size_t i = 0; i < room; ++i) EXPECT_EQ(made.efuse[i], hmac[i] ^ given[i]);
+  EXPECT_EQ(made.make_info(given, words, room - 1), 0xFFF50000);
+  EXPECT_EQ(made.make_info(given, words + 1, room), 0xFFF50000);
+  EXPECT_EQ(made.make_info(given, 4 * words, room), 0xFFF50000);
+  EXPECT_EQ(made.make_info(some_bytes(room - 1), words, room), 0xFFF50000);
+  EXPECT_EQ(made.make_info(some_bytes(room + 1), words, room), 0xFFF50000);
+  const Digit e = 3;
+  std::uint32_t stated = room;
+  EXPECT_EQ(S::generate_info(given.data(), 0, &e, 1, &e, 1, made.efuse.data(), &stated,
+                             &made.context.publicKeyInfo),
+            0xFFF50000);
+}
+
+TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
+  using S = TypeParam;
+  const Sealed<S> good;
+  const Bytes info = bytes_of(good.context.publicKeyInfo);
+  EXPECT_EQ(bytes_of(good.context.stage2PublicKey), slice(info, 0, info.size() - 20));  // stands in
+  Sealed<S> tried = good;
+  EXPECT_EQ(tried.check(), 0U);
+  EXPECT_EQ(tried.context.funcPtrTable[0], entry_word(tmkx_memcmp));
+  tried = good;
+  tried.code = Bytes();  // a null pointer
+  EXPECT_EQ(tried.check(), 0xFFF30071);
+  for (const std::size_t length : {0U, 36 - S::efuse_length, S::efuse_length + 1}) {
+    tried.efuse = some_bytes(length);
+    EXPECT_EQ(tried.check(), 0xFFF30000);
+    EXPECT_EQ(
+        S::validate_info(tried.efuse.data(), length_of(tried.efuse), &tried.context.publicKeyInfo),
+        0xFFF50000);
+  }
+  EXPECT_EQ(bytes_of(tried.context.publicKeyInfo), info);
+  tried.efuse = tried.hmac_key;
+  EXPECT_EQ(tried.check(), 0xFFF10050);
+  EXPECT_EQ(bytes_of(tried.context.publicKeyInfo), Bytes(info.size()));
+  tried = good;
+  ++tried.code[0];
+  EXPECT_EQ(tried.check(), 0xFFF30090);
+  EXPECT_EQ(bytes_of(tried.context.signature), Bytes(S::length));
+  // Nothing covers the end, and no check reads it.
+  const Bytes magic =
+      joined(bytes_of(std::string(S::length == 256 ? "SB20_CONTEXT" : "SB10_CONTEXT")), Bytes(4));
+  const Bytes fill(sizeof good.context.fill, 0xAA), all = bytes_of(good.context);
+  EXPECT_EQ(slice(all, all.size() - fill.size() - 16, 16 + fill.size()), joined(magic, fill));
+  const std::uint8_t* list = good.list.data();
+  EXPECT_EQ(S::generate(list, 9, nullptr, nullptr, 0, &tried.context), 0xFFF60031);
+  EXPECT_EQ(S::generate(list, 9, nullptr, list, 1, &tried.context), 0xFFF40000);
+}
+
+TEST(CodeEncryption, RefusesBadParametersAndRaggedCode) {
+  const Sealed<V21> made;
+  const std::uint8_t* efuse = made.efuse.data();
+  const struct {
+    bool key, iv;
+    std::uint32_t key_length, iv_length, efuse_length;
+  } cases[] = {{true, true, 16, 16, 20}, {false, true, 16, 16, 20}, {true, false, 16, 16, 20},
+               {true, true, 32, 16, 20}, {true, true, 16, 20, 20},  {true, true, 16, 16, 16}};
+  for (const auto& c : cases) {
+    std::uint8_t key[16], iv[16];
+    EXPECT_EQ(Make_AES_Param(efuse, c.efuse_length, &made.context, c.key ? key : nullptr,
+                             &c.key_length, c.iv ? iv : nullptr, &c.iv_length),
+              &c == cases ? 0 : 0xFFF7A000);
+  }
+  Bytes code = some_bytes(33);
+  EXPECT_EQ(Encrypt_Code(efuse, 16, &made.context, code.data(), 16), 0xFFF7A000);
+  EXPECT_EQ(Decrypt_Code(efuse, 16, &made.context, code.data(), 16), 0xFFF7A000);
+  EXPECT_EQ(Encrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7C000);
+  EXPECT_EQ(code, some_bytes(33));
+  EXPECT_EQ(Decrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7D000);
+}
+
+TEST(CodeEncryption, StandaloneHelpersTakeTheFiles) {
+  const WorkingDirectory here;
+  const Bytes info = some_bytes(288), plain = some_bytes(48);
+  const Bytes iv = slice(sha1(slice(info, 0, 268)), 0, 16);
+  Bytes key = slice(info, 268, 16);
+  for (std::uint8_t& byte : key) byte ^= 0x5A;
+  for (const std::size_t more : {0, 260, 4000}) {  // what follows the info does not matter
+    write_bytes("publicKeyInfo_V21.dat", joined(info, some_bytes(more)));
+    for (const std::size_t length : {19, 20, 21}) {
+      write_bytes("eFuseData_V21.dat", Bytes(length, 0x5A));
+      const Status expected = length == 20 ? 0 : 0xFFF7A000;
+      Bytes code = joined(plain, Bytes(16));
+      EXPECT_EQ(do_Encrypt(code.data(), 48), expected);
+      EXPECT_EQ(slice(code, 0, 48), length == 20 ? aes_cbc(true, key, iv, plain) : plain);
+      EXPECT_EQ(do_Decrypt(code.data(), 48), expected);
+      EXPECT_EQ(slice(code, 0, 48), plain);
+    }
+  }
+}
+
+Bytes encrypted(std::int32_t mode, Bytes bytes) {
+  EXPECT_EQ(do_PrivateKey_Encrypt(mode, bytes.data(), length_of(bytes)), 0U);
+  return bytes;
+}
+
+// Key files that were made before depend on the fixed parameters.
+TEST(PrivateKeyFile, ProtectionNeverChanges) {
+  EXPECT_EQ(encrypted(1, Bytes(16)), parse_hex("cdba2b666bff002b94b337bc31feac8a"));
+  EXPECT_EQ(encrypted(2, Bytes(16)), parse_hex("b680ca6f0bca5d2c1329e33370343343"));
+  EXPECT_EQ(encrypted(7, Bytes(16)), encrypted(2, Bytes(16)));
+  for (const std::int32_t mode : {1, 2}) {
+    Bytes bytes = encrypted(mode, some_bytes(1200));
+    EXPECT_EQ(do_PrivateKey_Decrypt(mode, bytes.data(), 1200), 0U);
+    EXPECT_EQ(do_PrivateKey_Encrypt(mode, bytes.data(), 1190), 0xFFF7C000);
+    EXPECT_EQ(bytes, some_bytes(1200));
+    EXPECT_EQ(do_PrivateKey_Decrypt(mode, bytes.data(), 1190), 0xFFF7C000);
+  }
+}
+
+TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
+  constexpr std::uint32_t slots[] = {128, 128, 64, 64, 64, 64, 64};
+  const Bytes text = joined(bytes_of(28U), bytes_of(std::string("1.0, Priv, RSA-1024, CRT")));
+  const Bytes header = joined(text, joined(bytes_of(0U), bytes_of(604U)));
+  for (std::size_t odd = 0; odd < 7; ++odd) {
+    for (const std::uint32_t change : {0U, 4U, -4U}) {  // of the odd item's length
+      Bytes record, expected = header, out(640);
+      for (std::size_t i = 0; i < 7; ++i) {
+        const std::uint32_t length = slots[i] + (i == odd ? change : 0);
+        const Bytes item =
+            joined(bytes_of(length), Bytes(length, static_cast<std::uint8_t>(i + 1)));
+        record = joined(record, item);
+        expected = joined(expected, item);
+        expected.resize(expected.size() - length + slots[i]);
+      }
+      const bool fits = change != 4;
+      EXPECT_EQ(convert_To_OldPrivateKey(record.data(), 0, out.data()), fits ? 0 : 0xFFF7B000);
+      EXPECT_EQ(out, fits ? encrypted(1, expected) : Bytes(640));
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/bytes.h"
+#include "util/dump.h"
+#include "util/file.h"
+
+namespace {
+
+template <typename Print>
+std::string printed_by(Print print) {
+  testing::internal::CaptureStdout();
+  print();
+  return testing::internal::GetCapturedStdout();
+}
+
+TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
+  const Bytes bytes = parse_hex("0F1E2D3C4B5A69788796A5B4C3D2E1F0A5");
+  const std::pair<std::int32_t, std::string> dumps[] = {
+      {0, ""},
+      {3, "0F1E2D\n"},
+      {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"},
+      {-3, "\n"},
+      {-32, ""}};
+  for (const auto& [length, text] : dumps) {
+    EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), length); }), text) << length;
+  }
+  const std::uint32_t words[] = {0, 0xDEADBEEF, 10, 1, 2, 3, 4, 0xFFFFFFFF};
+  const std::string row = "0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n";
+  const std::string second = "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n";
+  const std::pair<std::int32_t, std::string> tables[] = {
+      {0, ""}, {1, row}, {4, row}, {5, row + second}};
+  for (const auto& [count, text] : tables) {
+    EXPECT_EQ(printed_by([&] { print_DWORD("title", words, count); }), "title\n" + text);
+  }
+}
+
+TEST(Files, ReaderKeepsAskingAShortFile) {
+  const WorkingDirectory here;
+  write_bytes("file", some_bytes(4));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    Bytes read(10);
+    _exit(read_file("file", read.data(), 10) == 0 && read == read_bytes("file") ? 0 : 1);
+  }
+  usleep(100'000);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);  // still at it
+  write_bytes("more", some_bytes(6));
+  ASSERT_EQ(system("cat more >> file"), 0);
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(Files, EndsThatCommandsNeverMeet) {
+  const WorkingDirectory here;
+  write_bytes("file", some_bytes(10));
+  Bytes read(11);
+  EXPECT_EXIT(read_whole_or_fail(read, "file"), testing::ExitedWithCode(255), "");  // it has shrunk
+  std::filesystem::resize_file("file", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
+  EXPECT_EQ(get_file_length("file"), 0x7FFFFFFF);
+  EXPECT_EQ(printed_by([] { EXPECT_EQ(write_file("/missing/file", nullptr, 0), 16); }),
+            "file open error\n");
+  EXPECT_EQ(write_file("file", read.data(), -1), 0);  // no byte at all
+  EXPECT_EQ(read_bytes("file"), Bytes());
+}
+
+}  // namespace
