@@ -136,16 +136,18 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
   const std::size_t context = bl1.size() - s.context_length;
   const std::size_t signature = context + s.context_signature, end = context + s.uncovered;
   const std::size_t key = context + s.root.n, root = key + s.context_info;
-  const std::pair<std::size_t, std::string> parts[] = {{0, "-+-+"},
-                                                       {context - 1, "-+-+"},
-                                                       {key, "-+--"},
-                                                       {signature - (s.is_v11() ? 0 : 4), "-+-+"},
-                                                       {signature + s.length - 1, "-+-+"},
-                                                       {root, "---+"},
-                                                       {end - 1, "--++"},
-                                                       {end, "++++"},
-                                                       {bl1.size() - 1, "++++"}};
-  for (const auto& [at, signs] : parts) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs);
+  const std::map<std::string, std::vector<std::size_t>> parts = {
+      {"-+-+", {0, context - 1, signature - (s.is_v11() ? 0 : 4), signature + s.length - 1}},
+      {"-+--", {key}},
+      {"---+", {root}},
+      {"--++", {end - 1}},
+      {"++++", {end, bl1.size() - 1}}};
+  for (const auto& [signs, places] : parts) {
+    for (const auto at : places) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs) << at;
+  }
+  Bytes both = bl1;  // also with the mark of scheme 2.1, where scheme 1.1 covers nothing
+  std::ranges::copy(sb20_context_magic, &both[bl1.size() - 80]);
+  EXPECT_EQ(verdicts(efuse, both, bl2), "++++");
   const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, s.length - 1),
                          device(1).at("sealed2")};
   for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), "-++-");
