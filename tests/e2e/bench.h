@@ -31,9 +31,6 @@ struct Scheme {
 
   bool is_v11() const { return key_file_mode == 1; }
   std::size_t key_length() const { return is_v11() ? 132 : 268; }
-  std::string title() const {
-    return "***Sealwright " + option.substr(1) + " for Vextral Application Processor***\n";
-  }
   std::string making_line() const {
     return "RSA " + std::to_string(8 * length) + " bits key is generating...\n";
   }
@@ -82,8 +79,7 @@ inline std::string text_file(const std::string& name) {
 }
 
 inline std::string banner_of(const Scheme& s) {
-  static const std::string notice = text_file("notice");
-  return "\n" + s.title() + notice;
+  return text_file("banner_" + s.name);
 }
 
 struct Outcome {
@@ -110,10 +106,10 @@ class Bench : public testing::TestWithParam<Scheme> {
   const Scheme& s = GetParam();
   const WorkingDirectory here;
   const std::string private_key = "key" + s.private_suffix, public_key = "key" + s.public_suffix;
-  const std::string seal1 = "BL1.bin out -STAGE1",
-                    seal2 = "BL2.bin out " + private_key + " -STAGE2";
-  const std::string check1 = "sealed1 " + s.efuse + " -VERIFY";
-  const std::string check2 = "sealed2 " + public_key + " -STAGE2_VERIFY";
+  const std::string seal1 = "BL1.bin out -STAGE1";
+  const std::string seal2 = "BL2.bin out " + private_key + " -STAGE2";
+  const std::string verify1 = " " + s.efuse + " -VERIFY";  // after the image
+  const std::string verify2 = " " + public_key + " -STAGE2_VERIFY";
 
   void SetUp() override { restore(); }
   void restore() const {
@@ -127,11 +123,14 @@ class Bench : public testing::TestWithParam<Scheme> {
     const WorkingDirectory there;
     write_bytes("BL1.bin", some_bytes(1024));
     write_bytes("BL2.bin", some_bytes(1001));
-    make("-KEYGEN");
-    make("key -STAGE2_KEYGEN");
-    write_bytes(s.stage2_public, read_bytes(public_key));
-    make("BL1.bin sealed1 -STAGE1");
-    make("BL2.bin sealed2 " + private_key + " -STAGE2");
+    for (const std::string& command :
+         {std::string("-KEYGEN"), std::string("key -STAGE2_KEYGEN"),
+          "BL2.bin sealed2 " + private_key + " -STAGE2", std::string("BL1.bin sealed1 -STAGE1"),
+          std::string(s.is_v11() ? "BL1.bin sealed_p -STAGE1" : "BL1.bin sealed_p x -P")}) {
+      const Outcome outcome = run(full_tool + " " + s.option + " " + command);
+      require(outcome.status == 0, outcome.output);
+      if (command.starts_with("key")) write_bytes(s.stage2_public, read_bytes(public_key));
+    }
     return files = read_all_files();
   }
 
@@ -157,14 +156,8 @@ class Bench : public testing::TestWithParam<Scheme> {
     EXPECT_EQ(do_PrivateKey_Decrypt(s.key_file_mode, bytes.data(), length_of(bytes)), 0U);
     return bytes;
   }
-
- private:
-  void make(const std::string& command) const {
-    const Outcome outcome = run(full_tool + " " + s.option + " " + command);
-    require(outcome.status == 0, outcome.output);
-  }
 };
 
-#define RUN_FOR_SCHEMES(suite, ...)                               \
-  INSTANTIATE_TEST_SUITE_P(, suite, testing::Values(__VA_ARGS__), \
+#define RUN_FOR_BOTH_SCHEMES(suite)                            \
+  INSTANTIATE_TEST_SUITE_P(, suite, testing::Values(v11, v21), \
                            [](const auto& test) { return test.param.name; })

@@ -51,7 +51,7 @@ class Inspect : public Bench {
             std::string(text, length)};
   }
 };
-RUN_FOR_SCHEMES(Inspect, v11, v21);
+RUN_FOR_BOTH_SCHEMES(Inspect);
 
 TEST_P(Inspect, SaysWhatEachFileHolds) {
   const auto [root, root_pem] = key_at(s.root_info, s.root.n);

@@ -36,6 +36,11 @@ inline Bytes joined(Bytes head, const Bytes& tail) {
   return head;
 }
 
+inline Bytes padded(Bytes bytes, std::size_t size) {
+  bytes.resize(size);
+  return bytes;
+}
+
 inline Bytes reversed(const Bytes& bytes) {
   return Bytes(bytes.rbegin(), bytes.rend());
 }
