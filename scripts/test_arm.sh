@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds for 64-bit Arm and tests the result under emulation: the crypto suite with the processor's
+# Builds for 64-bit Arm and tests the result under emulation: the unit tests with the processor's
 # instructions and without, then the road from keys to checked images with Arm and this machine
 # taking turns at each step. Builds the 32-bit variant as well. Compiler warnings are errors.
 # Installs what is missing first. Ends with a status other than 0 when anything fails.
@@ -64,27 +64,27 @@ cmake -S . -B build/i686 -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERR
   -D CMAKE_CXX_COMPILER=i686-linux-gnu-g++ -D SEALWRIGHT_TESTS=OFF
 cmake --build build/i686 -j "$(nproc)"
 
-# --- The crypto suite. The emulator lists the functions it meets, which tells the path that ran.
+# --- The unit tests. The emulator lists the functions it meets, which tells the path that ran.
 
 readonly processor_functions='sha1_compress_by_processor|aes_cbc_(en|de)crypt_by_processor'
 
 # Runs the suite with the arguments that follow the name of its logs.
-crypto_suite() {
-  local log=$build/crypto_$1
+unit_suite() {
+  local log=$build/unit_$1
   "${run_arm[@]}" -d in_asm -D "$log.functions" "$build/tests/unit_tests" "${@:2}" \
     --gtest_brief=1 >"$log.out" 2>&1
 }
 
 # How many of the three functions of the processor paths ran.
 processor_functions_in() {
-  grep '^IN: ' "$build/crypto_$1.functions" | grep -o -E "$processor_functions" | sort -u | wc -l
+  grep '^IN: ' "$build/unit_$1.functions" | grep -o -E "$processor_functions" | sort -u | wc -l
 }
 
-say "Running the crypto suite on both paths under emulation"
-crypto_suite processor &
-crypto_suite portable --portable || fail "portable path: $(cat "$build/crypto_portable.out")"
-wait $! || fail "processor path: $(cat "$build/crypto_processor.out")"
-tail -q -n 1 "$build"/crypto_{processor,portable}.out
+say "Running the unit tests on both paths under emulation"
+unit_suite processor &
+unit_suite portable --portable || fail "portable path: $(cat "$build/unit_portable.out")"
+wait $! || fail "processor path: $(cat "$build/unit_processor.out")"
+tail -q -n 1 "$build"/unit_{processor,portable}.out
 (($(processor_functions_in processor) == 3)) || fail "the Arm instructions were not used"
 (($(processor_functions_in portable) == 0)) || fail "the portable run used the Arm instructions"
 
