@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t max_words = 32;
 constexpr std::size_t turn = 4;  // words that a row takes at once; a width is a multiple of it
 
-/// The two top words of a modulus, and their reciprocal, which turns the division for a trial word
-/// into a multiplication (after Moeller and Granlund, "Improved division by invariant integers").
+/// The division by the two top words of a modulus that gives a trial word, as a multiplication
+/// with their reciprocal (after Moeller and Granlund, "Improved division by invariant integers").
 struct TrialDivisor {
-  DoubleWord divisor;
+  DoubleWord limit;  // what lies below it can be divided so
   Word reciprocal1;  // upper and lower word
   Word reciprocal0;  // of floor((2^256 - 1) / divisor) - 2^128
 };
@@ -143,23 +143,24 @@ Word divide_step(DoubleWord& remainder, Word low, DoubleWord divisor) {
   return low_word(quotient);
 }
 
-TrialDivisor prepare_trial_divisor(const Word* m, std::size_t n) {
-  TrialDivisor trial = {join(m[n - 1], m[n - 2]), 0, 0};
-  DoubleWord remainder = ~trial.divisor;
-  trial.reciprocal1 = divide_step(remainder, ~Word{0}, trial.divisor);
-  trial.reciprocal0 = divide_step(remainder, ~Word{0}, trial.divisor);
-  return trial;
-}
-
 // The two top words of a segment may be known up to 2 too small, and a trial word leaves out the
 // low halves of its products. It adds so much instead that it is never too small; it is too large
 // about once in 2^60, and then by 1.
 constexpr Word trial_allowance = 11;
 
+TrialDivisor prepare_trial_divisor(const Word* m, std::size_t n) {
+  const DoubleWord divisor = join(m[n - 1], m[n - 2]);
+  TrialDivisor trial = {divisor - trial_allowance, 0, 0};
+  DoubleWord remainder = ~divisor;
+  trial.reciprocal1 = divide_step(remainder, ~Word{0}, divisor);
+  trial.reciprocal0 = divide_step(remainder, ~Word{0}, divisor);
+  return trial;
+}
+
 /// Whether `top` is so near to the divisor that the trial word would not fit: it is the largest
 /// word then. A top that is known up to 2 too small may also have passed zero.
 bool is_extreme(DoubleWord top, const TrialDivisor& trial) {
-  return top >= trial.divisor - trial_allowance;
+  return top >= trial.limit;
 }
 
 /// The trial word for a segment whose two top words are `top`, unless that is extreme.
