@@ -222,5 +222,6 @@ Status ZEB_RSA_KeyGen(ZEB_RSA_PRIVATE_KEY* key, std::uint32_t modulus_bits) {
   zeb_bn_Mul(key->n, key->p, half, key->q, half);
   key->nWords = digits;
   key->dWords = digits;
+  wipe_dead_stack();
   return ZEB_SUCCESS;
 }

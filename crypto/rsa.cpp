@@ -219,6 +219,7 @@ Status Generate_PSS_RSASignature(std::int32_t mode, const std::uint8_t* keyItems
       by_crt ? ZEB_RSA_PSS_SignCRT(&words, digits, &key, mHashLen, mHash, pss_salt_length)
              : ZEB_RSA_PSS_Sign(&words, digits, key.nWords, key.n, key.d, mHashLen, mHash,
                                 pss_salt_length);
+  wipe_dead_stack();
   if (status != ZEB_SUCCESS) return SIGN_ERR_RSA;
   std::memcpy(signature, digits, std::size_t{digit_bytes} * words);
   *signatureLen = digit_bytes * words;

@@ -13,6 +13,14 @@ inline void wipe(void* bytes, std::size_t length) {
   __asm__ __volatile__("" : : "r"(bytes) : "memory");
 }
 
+/// Clears the 8 KiB of stack below the caller's frame, where the functions it called may have left
+/// parts of a secret: the compiler spills registers to places that have no name. For the end of an
+/// operation with a private key.
+[[gnu::noinline]] inline void wipe_dead_stack() {
+  std::byte below[8192];
+  wipe(below, sizeof below);
+}
+
 /// Clears an object when the scope ends, on every path. Declare it right after the object.
 class WipeOnExit {
  public:
