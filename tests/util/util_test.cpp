@@ -20,19 +20,21 @@ TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
   const std::pair<std::int32_t, std::string> dumps[] = {
       {0, ""},
       {3, "0F1E2D\n"},
-      {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"},
       {-3, "\n"},
-      {-32, ""}};
+      {-32, ""},
+      {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"}};
   for (const auto& [length, text] : dumps) {
     EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), length); }), text) << length;
   }
   const std::uint32_t words[] = {0, 0xDEADBEEF, 10, 1, 2, 3, 4, 0xFFFFFFFF};
-  const std::string row = "0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n";
-  const std::string second = "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n";
-  const std::pair<std::int32_t, std::string> tables[] = {
-      {0, ""}, {1, row}, {4, row}, {5, row + second}};
-  for (const auto& [count, text] : tables) {
-    EXPECT_EQ(printed_by([&] { print_DWORD("title", words, count); }), "title\n" + text);
+  const std::string rows =
+      "title\n0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n"
+      "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n";
+  for (const std::int32_t count : {0, 1, 4, 5}) {
+    EXPECT_EQ(printed_by([&] { print_DWORD("title", words, count); }),
+              rows.substr(0, count == 0  ? 6
+                             : count < 5 ? 55
+                                         : rows.size()));
   }
 }
 
