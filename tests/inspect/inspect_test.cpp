@@ -87,21 +87,18 @@ TEST_P(Inspect, SaysWhatEachFileHolds) {
 
 TEST_P(Inspect, NoticesDamageToKeyFiles) {
   for (const std::string& name : {s.root_info, public_key}) {
-    for (std::size_t at = name == public_key ? s.stage2.proven : 0; at < read_bytes(name).size();
-         at += 7) {
-      EXPECT_THAT(describe_json(damage(read_bytes(name), at)),
-                  HasSubstr(R"("proof_of_possession": false)"));
+    const Bytes file = read_bytes(name);
+    for (std::size_t at = name == public_key ? s.stage2.proven : 0; at < file.size(); at += 7) {
+      EXPECT_THAT(describe_json(damage(file, at)), HasSubstr(R"("proof_of_possession": false)"));
     }
   }
   for (const std::string& name : {s.root_private, private_key}) {
     const bool has_header = s.is_v11() && name == private_key;
     const std::size_t tail = s.is_v11() ? (has_header ? 0 : 4) : 12;
-    Bytes plain = read_bytes(name);
-    const auto length = static_cast<std::uint32_t>(plain.size());
-    do_PrivateKey_Decrypt(s.key_file_mode, plain.data(), length);
-    for (std::size_t at = has_header ? 36 : 0; at < length - tail; at += 4) {
+    const Bytes plain = open_key(name);
+    for (std::size_t at = has_header ? 36 : 0; at < plain.size() - tail; at += 4) {
       Bytes damaged = damage(plain, at);
-      do_PrivateKey_Encrypt(s.key_file_mode, damaged.data(), length);
+      do_PrivateKey_Encrypt(s.key_file_mode, damaged.data(), length_of(damaged));
       EXPECT_THAT(describe_json(damaged), HasSubstr(R"("sound": false)")) << name << at;
     }
   }

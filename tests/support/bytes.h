@@ -27,8 +27,7 @@ inline void require(bool condition, const std::string& what) {
 
 inline Bytes slice(const Bytes& bytes, std::size_t offset, std::size_t count) {
   require(offset <= bytes.size() && count <= bytes.size() - offset, "slice past the end");
-  const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(offset);
-  return Bytes(first, first + static_cast<std::ptrdiff_t>(count));
+  return Bytes(bytes.data() + offset, bytes.data() + offset + count);
 }
 
 inline Bytes joined(Bytes head, const Bytes& tail) {
@@ -58,9 +57,8 @@ Bytes bytes_of(const Record& record) {
 /// With room for one more, so that data() is never null.
 inline Bytes random_bytes(std::mt19937_64& engine, std::size_t count) {
   Bytes bytes(count + 1);
-  std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(engine()); });
-  bytes.pop_back();
-  return bytes;
+  for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(engine());
+  return padded(std::move(bytes), count);
 }
 
 /// Always the same bytes for a count.
