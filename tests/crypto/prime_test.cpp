@@ -7,7 +7,6 @@
 
 #include "crypto/key_items.h"
 #include "tests/support/keys.h"
-#include "tests/support/numbers.h"
 
 namespace {
 
@@ -56,8 +55,7 @@ TEST(Prime, ScreensByTheTableAndLeavesTheRestToTheBases) {
     EXPECT_EQ(bytes_drawn() == 0, needs_no_base) << number;
   }
   EXPECT_GT(accepted, 90);
-  EXPECT_FALSE(is_taken_as_prime({}));
-  EXPECT_FALSE(is_taken_as_prime({1, 0, 0}));
+  EXPECT_FALSE(is_taken_as_prime({}) || is_taken_as_prime({1, 0, 0}));
 }
 
 // Every base that shares no factor with this number meets Fermat's little theorem.

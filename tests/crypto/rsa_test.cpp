@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "crypto/bytes.h"
+#include "crypto/bn_mod.h"
 #include "crypto/key_items.h"
 #include "tests/support/keys.h"
-#include "tests/support/numbers.h"
 
 namespace {
 
@@ -62,8 +61,7 @@ TEST_P(Rsa, SignaturesVerifyInOpensslAndHere) {
   for (int i = 0; i < 60; ++i) {
     const bool by_message = i % 2 == 0;
     const std::int32_t mode = i % 3 == 0 ? rsa_mode_plain : rsa_mode_crt;
-    const Bytes text = some_bytes(1 + 10 * static_cast<std::size_t>(i)),
-                covered = by_message ? text : sha1(text);
+    const Bytes text = some_bytes(i + 1U), covered = by_message ? text : sha1(text);
     const Bytes signature = sign(by_message, mode, list_of(mode), covered, ZEB_SUCCESS);
     ASSERT_EQ(signature.size(), length);
     ASSERT_TRUE(pss_verify(key[0], key[1], sha1(text), signature, 20));
@@ -109,16 +107,12 @@ TEST_P(Rsa, OnlyTheTopBitOfAnEncodingIsNotChecked) {
   }
   encoded[hash - 1] ^= 1;
   EXPECT_EQ(verify(true, public_key, other, raise(encoded)), 0xFFF20090);
-  int accepted = 0;
-  for (int i = 0; i < 40; ++i) {
+  do {
     encoded = pss_encode(key[0], digest, 20);
     encoded[0] |= 0x80;
-    if (!(Big(reversed(encoded)) < key[0])) continue;
-    ++accepted;
-    expect_status(raise(encoded), ZEB_SUCCESS);
-    EXPECT_FALSE(pss_verify(key[0], key[1], digest, raise(encoded)));
-  }
-  EXPECT_GT(accepted, 3);
+  } while (!(Big(reversed(encoded)) < key[0]));
+  expect_status(raise(encoded), ZEB_SUCCESS);
+  EXPECT_FALSE(pss_verify(key[0], key[1], digest, raise(encoded)));
 }
 
 // With e = 1 an encoding is its own signature under any larger modulus.

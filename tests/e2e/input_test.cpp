@@ -88,9 +88,7 @@ TEST_P(Input, DamagedFilesEndAsListed) {
 }
 
 TEST_P(Input, TheProofOfPossessionIsCheckedBeforeAnythingElse) {
-  const Bytes proof_of_another = slice(device(1).at(public_key), s.stage2.proof, s.length);
-  write_bytes(s.stage2_public,
-              joined(slice(read_bytes(public_key), 0, s.stage2.proof), proof_of_another));
+  edit(s.stage2_public, false, [&](Bytes& bytes) { ++bytes[s.stage2.n]; });
   std::filesystem::remove(s.root_private);  // is never missed
   expect_failure(seal1, 144, popp_line);
 }
@@ -99,14 +97,12 @@ TEST_P(Input, FilesThatCannotBeRead) {
   for (const auto& [word, command] : commands) {
     if (s.is_v11() && word == "seal_p") continue;
     for (const std::string& input : command.inputs) {
-      std::filesystem::remove(input);
-      expect_failure(command.line, 255, open_error);
-      std::filesystem::create_directory(input);
-      expect_failure(command.line, 255, open_error);
-      std::filesystem::remove(input);
-      ASSERT_EQ(mkfifo(input.c_str(), 0600), 0);
-      expect_failure(command.line, 255, open_error);
-      std::filesystem::remove(input);
+      for (const int instead : {0, 1, 2}) {  // nothing, a directory, a pipe
+        std::filesystem::remove(input);
+        if (instead == 1) std::filesystem::create_directory(input);
+        ASSERT_TRUE(instead != 2 || mkfifo(input.c_str(), 0600) == 0);
+        expect_failure(command.line, 255, open_error);
+      }
       restore();
     }
   }
@@ -143,6 +139,51 @@ TEST_P(Input, MessagesStayOutOfFilesWhenTheOutputIsClosed) {
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(slice(read_bytes("out"), 0, 1001), some_bytes(1001));
   expect_run("out" + verify2, 0, verified_line[2]);
+}
+
+TEST_P(Input, CommandsEndAsListed) {
+  std::ifstream rows(TEST_DATA "/commands.txt");
+  for (std::string row; std::getline(rows, row);) {
+    std::istringstream in(row);
+    std::string scheme, program, status, text, words;
+    in >> scheme >> program >> status >> text;
+    std::getline(in, words);
+    const bool has_version = scheme == "-";
+    if (!has_version && scheme != "both" && scheme != s.name) continue;
+    for (const std::string& tool : {full_tool, client_tool}) {
+      if (program == (tool == full_tool ? "client" : "full")) continue;
+      // What is no known version gets the usage of 2.1.
+      const std::string usage =
+          "usage_" + (has_version ? v21 : s).name + (tool == full_tool ? "" : "_client");
+      const std::map<std::string, std::string> texts = {
+          {"usage", text_file(usage)},
+          {"version", version_line},
+          {"silence", ""},
+          {"hint", "sealwright_V21 -v1.1(or -v2.1) -help\n"}};
+      for (const std::string version : {" -v", " -V"}) {
+        const Outcome outcome =
+            run(tool + (has_version ? "" : version + s.option.substr(2)) + words);
+        EXPECT_EQ(outcome.status, std::stoi(status)) << tool << row;
+        EXPECT_EQ(outcome.output, (has_version ? "" : banner_of(s)) + texts.at(text))
+            << tool << row;
+      }
+    }
+  }
+}
+
+TEST(Programs, TheClientHoldsNoCodeOfTheRootKey) {
+  const std::string full = run(SYMBOL_LISTER " -C " + full_tool).output;
+  const std::string client = run(SYMBOL_LISTER " -C " + client_tool).output;
+  for (const std::string scheme : {"sb10", "sb20"}) {
+    EXPECT_NE(full.find(" T " + scheme + "_Generate_Stage1("), std::string::npos);
+    EXPECT_NE(client.find(" T " + scheme + "_Generate_Stage2("),
+              std::string::npos);  // not stripped
+  }
+  for (const char* name :
+       {"_Generate_Stage1(", "Check_SB20_Context(", "Validate_SB20_PublicKeyInfo(", "Encrypt_Code(",
+        "Check_SB10_Context(", "mk_BL_Info("}) {
+    EXPECT_EQ(client.find(name), std::string::npos) << name;
+  }
 }
 
 // The same 150 runs of a scheme each time. For more, and others:

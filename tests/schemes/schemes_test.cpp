@@ -1,6 +1,8 @@
 #include "tests/support/schemes.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "crypto/mem.h"
 #include "sb10/key_pair.h"
@@ -8,9 +10,11 @@
 #include "sb20/stage1.h"
 #include "scheme/entry_table.h"
 #include "scheme/private_key_file.h"
+#include "util/dump.h"
+#include "util/file.h"
 
-// What the commands never ask of the scheme code: its functions under arguments of any kind, and
-// those that no command calls.
+// What the commands never ask of scheme and util: functions under arguments of any kind, and those
+// that no command calls.
 
 namespace {
 
@@ -72,6 +76,7 @@ TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
 TEST(CodeEncryption, RefusesBadParametersAndRaggedCode) {
   const Sealed<V21> made;
   const std::uint8_t* efuse = made.efuse.data();
+  Bytes code = some_bytes(33);
   for (int wrong = 0; wrong < 6; ++wrong) {  // at first nothing
     std::uint8_t key[16], iv[16];
     const std::uint32_t key_length = wrong == 3 ? 32 : 16, iv_length = wrong == 4 ? 20 : 16;
@@ -79,9 +84,6 @@ TEST(CodeEncryption, RefusesBadParametersAndRaggedCode) {
                              &key_length, wrong == 2 ? nullptr : iv, &iv_length),
               wrong == 0 ? 0 : 0xFFF7A000);
   }
-  Bytes code = some_bytes(33);
-  EXPECT_EQ(Encrypt_Code(efuse, 16, &made.context, code.data(), 16), 0xFFF7A000);
-  EXPECT_EQ(Decrypt_Code(efuse, 16, &made.context, code.data(), 16), 0xFFF7A000);
   EXPECT_EQ(Encrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7C000);
   EXPECT_EQ(code, some_bytes(33));
   EXPECT_EQ(Decrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7D000);
@@ -93,17 +95,16 @@ TEST(CodeEncryption, StandaloneHelpersTakeTheFiles) {
   const Bytes iv = slice(sha1(slice(info, 0, 268)), 0, 16);
   Bytes key = slice(info, 268, 16);
   for (std::uint8_t& byte : key) byte ^= 0x5A;
-  for (const std::size_t more : {0, 260, 4000}) {  // what follows the info does not matter
-    write_bytes("publicKeyInfo_V21.dat", joined(info, some_bytes(more)));
-    for (const std::size_t length : {19, 20, 21}) {
-      write_bytes("eFuseData_V21.dat", Bytes(length, 0x5A));
-      const Status expected = length == 20 ? 0 : 0xFFF7A000;
-      Bytes code = joined(plain, Bytes(16));
-      EXPECT_EQ(do_Encrypt(code.data(), 48), expected);
-      EXPECT_EQ(slice(code, 0, 48), length == 20 ? aes_cbc(true, key, iv, plain) : plain);
-      EXPECT_EQ(do_Decrypt(code.data(), 48), expected);
-      EXPECT_EQ(slice(code, 0, 48), plain);
-    }
+  for (const std::size_t length : {19, 20, 21}) {
+    write_bytes("publicKeyInfo_V21.dat",
+                padded(info, 200 * length));  // a longer file's end is ignored
+    write_bytes("eFuseData_V21.dat", Bytes(length, 0x5A));
+    const Status expected = length == 20 ? 0 : 0xFFF7A000;
+    Bytes code = padded(plain, 64);
+    EXPECT_EQ(do_Encrypt(code.data(), 48), expected);
+    EXPECT_EQ(slice(code, 0, 48), length == 20 ? aes_cbc(true, key, iv, plain) : plain);
+    EXPECT_EQ(do_Decrypt(code.data(), 48), expected);
+    EXPECT_EQ(slice(code, 0, 48), plain);
   }
 }
 
@@ -142,6 +143,67 @@ TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
     EXPECT_EQ(convert_To_OldPrivateKey(record.data(), 0, out.data()), change == 4 ? 0xFFF7B000 : 0);
     EXPECT_EQ(out, change == 4 ? Bytes(640) : encrypted(1, expected));
   }
+}
+
+template <typename Print>
+std::string printed_by(Print print) {
+  testing::internal::CaptureStdout();
+  print();
+  return testing::internal::GetCapturedStdout();
+}
+
+TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
+  const Bytes bytes = parse_hex("0F1E2D3C4B5A69788796A5B4C3D2E1F0A5");
+  const std::pair<std::int32_t, std::string> dumps[] = {
+      {0, ""},
+      {3, "0F1E2D\n"},
+      {-3, "\n"},
+      {-32, ""},
+      {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"}};
+  for (const auto& [length, text] : dumps) {
+    EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), length); }), text) << length;
+  }
+  const std::uint32_t words[] = {0, 0xDEADBEEF, 10, 1, 2, 3, 4, 0xFFFFFFFF};
+  const std::string rows =
+      "title\n0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n"
+      "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n";
+  for (const std::int32_t count : {0, 1, 4, 5}) {
+    EXPECT_EQ(printed_by([&] { print_DWORD("title", words, count); }),
+              rows.substr(0, count == 0  ? 6
+                             : count < 5 ? 55
+                                         : rows.size()));
+  }
+}
+
+TEST(Files, ReaderKeepsAskingAShortFile) {
+  const WorkingDirectory here;
+  write_bytes("file", some_bytes(4));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(60);
+    Bytes read(10);
+    _exit(read_file("file", read.data(), 10) == 0 && read == read_bytes("file") ? 0 : 1);
+  }
+  usleep(100'000);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);  // still at it
+  ASSERT_EQ(system("echo more >> file"), 0);
+  ASSERT_EQ(system("echo >> file"), 0);
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(Files, EndsThatCommandsNeverMeet) {
+  const WorkingDirectory here;
+  write_bytes("file", some_bytes(10));
+  Bytes read(11);
+  EXPECT_EXIT(read_whole_or_fail(read, "file"), testing::ExitedWithCode(255), "");  // it has shrunk
+  std::filesystem::resize_file("file", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
+  EXPECT_EQ(get_file_length("file"), 0x7FFFFFFF);
+  EXPECT_EQ(printed_by([] { EXPECT_EQ(write_file("/missing/file", nullptr, 0), 16); }),
+            "file open error\n");
+  EXPECT_EQ(write_file("file", read.data(), -1), 0);  // no byte at all
+  EXPECT_EQ(read_bytes("file"), Bytes());
 }
 
 }  // namespace

@@ -16,6 +16,10 @@
 
 using Number = std::vector<Digit>;  // least significant digit first
 
+inline std::uint32_t width_of(const Number& number) {
+  return static_cast<std::uint32_t>(number.size());
+}
+
 struct OpensslDeleter {
   void operator()(BIGNUM* p) const { BN_free(p); }
   void operator()(BN_CTX* p) const { BN_CTX_free(p); }
@@ -35,8 +39,8 @@ class Big {
     BN_lebin2bn(static_cast<const unsigned char*>(bytes), static_cast<int>(count), get());
   }
   Big(const Big& other) { BN_copy(get(), other.get()); }
-  Big& operator=(const Big& other) {
-    BN_copy(get(), other.get());
+  Big& operator=(Big other) {
+    number_.swap(other.number_);
     return *this;
   }
   BIGNUM* get() const { return number_.get(); }
@@ -65,8 +69,7 @@ class Big {
   }
   Bytes bytes(std::size_t count) const {
     Bytes bytes(count);
-    const int length = static_cast<int>(count);
-    require(BN_bn2lebinpad(get(), bytes.data(), length) == length, "number too wide");
+    require(BN_bn2lebinpad(get(), bytes.data(), static_cast<int>(count)) >= 0, "number too wide");
     return bytes;
   }
   Number digits(std::size_t count) const {
