@@ -174,13 +174,13 @@ Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint
   return ZEB_SUCCESS;
 }
 
-Status aes_cbc_encrypt_message(AesCbcContext* context, std::uint8_t* in, std::uint32_t length,
+Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in, std::uint32_t length,
                                std::uint8_t* out) {
   std::uint32_t written = length;
   std::uint32_t last = 0;
   const Status status = ZEB_AES_CBC_EncUpdate(context, in, length, out, &written);
   if (status != ZEB_SUCCESS) return status;
-  return ZEB_AES_CBC_EncFinal(context, in + length, &last);
+  return ZEB_AES_CBC_EncFinal(context, out + written, &last);
 }
 
 Status aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out, std::uint32_t length) {

@@ -81,10 +81,10 @@ Status ZEB_AES_CBC_DecUpdate(AesCbcContext* context, std::uint8_t* inOut, std::u
 ///         ZEB_ERR_NO_ROOM.
 Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint32_t* outLen);
 
-/// Encrypts a message that was started, in one go, from `in` to `out`, which do not overlap. What
-/// the last step writes, nothing for whole blocks without padding, goes after `in`.
+/// Encrypts a message that was started, in one go, from `in` to `out`, which do not overlap; with
+/// padding `out` has room for a block more than `in`.
 /// @return 0, or what the failing step returns.
-Status aes_cbc_encrypt_message(AesCbcContext* context, std::uint8_t* in, std::uint32_t length,
+Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in, std::uint32_t length,
                                std::uint8_t* out);
 
 /// Decrypts a message that was started, in one go and in place. @return likewise.

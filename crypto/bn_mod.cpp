@@ -75,12 +75,12 @@ void euclid_step(EuclidRow& previous, const EuclidRow& current, EuclidNumbers& n
 }  // namespace
 
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
-  // Quirk: equal lengths reduce nothing; bn_mod_test depends on it.
+  // Quirk: equal lengths reduce nothing; bn_test depends on it.
   if (mLen == 0 || aLen <= mLen || m[mLen - 1] == 0) return;
   const Digit top = m[mLen - 1];
   for (std::uint32_t j = aLen - mLen; j > 0; --j) {
     Digit* segment = a + (j - 1);
-    // Quirk: cut to 32 bits, not clamped to 0xFFFFFFFF as in zeb_bn_Div; bn_mod_test depends on it.
+    // Quirk: cut to 32 bits, not clamped to 0xFFFFFFFF as in zeb_bn_Div; bn_test depends on it.
     const Digit trial = DD_Div_D(segment[mLen], segment[mLen - 1], top);
     subtract_multiple(segment, m, mLen, trial);
   }

@@ -48,7 +48,8 @@ void tmkx_memcpy(std::uint8_t* dst, const std::uint8_t* src, std::uint32_t len) 
     copy_upward(dst, src, 0, len);
     return;
   }
-  // Quirk: the head is copied even when `len` is smaller; mem_test depends on it.
+  // Quirk: the head is copied, and in tmkx_memset filled, even when `len` is smaller; mem_test
+  // depends on it.
   const std::uint32_t head = alignment_head(dst);
   for (std::uint32_t i = 0; i < head; ++i) dst[i] = src[i];
   copy_upward(dst, src, head, len);
@@ -56,7 +57,6 @@ void tmkx_memcpy(std::uint8_t* dst, const std::uint8_t* src, std::uint32_t len) 
 
 void tmkx_memset(std::uint8_t* dst, std::uint8_t value, std::uint32_t len) {
   const std::uint32_t fill = value * 0x01010101U;
-  // Quirk: the head is filled even when `len` is smaller; mem_test depends on it.
   const std::uint32_t head = alignment_head(dst);
   for (std::uint32_t i = 0; i < head; ++i) dst[i] = value;
   std::size_t i = head;

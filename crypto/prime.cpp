@@ -12,9 +12,10 @@
 namespace {
 
 // Made as products of consecutive primes from 2 to 541 (that of 89 to 113 without 101), cut to
-// their low 32 bits. Four fit; the others are no products of small primes at all. Quirk: the values
-// stay as they are; which numbers are screened, and so when random bytes are drawn, hangs on them,
-// and prime_test depends on it.
+// their low 32 bits. Four fit; the others are no products of small primes at all.
+//
+// Quirk: the values stay as they are, for they decide which numbers are screened; prime_test
+// depends on it.
 // clang-format off
 constexpr Digit SmallPrimes[] = {
     0xC8E15F2A, 0x16FA4227, 0x87B81DA9, 0xDA38C071, 0xFDB17C23, 0xFE5E796B, 0xC7E4CBF5,

@@ -16,7 +16,7 @@ std::int32_t generate_sb10_root_keys(Arguments arguments);
 std::int32_t generate_sb20_stage2_keys(Arguments arguments);
 std::int32_t generate_sb10_stage2_keys(Arguments arguments);
 
-/// Arguments 2 and 3: stage-1 image, output. @return the status of the engine.
+/// Arguments 2 and 3: stage-1 image, output. @return what the scheme's function returns.
 std::int32_t seal_sb20_stage1(Arguments arguments);
 std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments);
 std::int32_t seal_sb10_stage1(Arguments arguments);
@@ -25,7 +25,8 @@ std::int32_t seal_sb10_stage1(Arguments arguments);
 std::int32_t verify_sb20_stage1(Arguments arguments);
 std::int32_t verify_sb10_stage1(Arguments arguments);
 
-/// Arguments 2 to 4: stage-2 image, output, private-key file. @return the status of the engine.
+/// Arguments 2 to 4: stage-2 image, output, private-key file.
+/// @return what the scheme's function returns.
 std::int32_t sign_sb20_stage2(Arguments arguments);
 std::int32_t sign_sb10_stage2(Arguments arguments);
 

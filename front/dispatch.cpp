@@ -53,7 +53,7 @@ std::int32_t run_command(int argument_count, Arguments arguments, const Driver& 
 
 std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains) {
   occupy_standard_descriptors();
-  // Also where a command ends the process itself. A full table of handlers is no reason to stop.
+  // Also where a command ends the process by exit. A full table of handlers is no reason to stop.
   [[maybe_unused]] const int ignored = std::atexit(forget_secrets);
   if (argument_count < min_argument_count || argument_count > max_argument_count) {
     print_short_usage();

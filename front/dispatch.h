@@ -38,6 +38,6 @@ struct Mains {
 };
 
 /// Checks the argument count (3 to 6) and runs the driver that argument 1 chooses. Key buffers and
-/// random state are cleared when the process ends.
+/// random state are cleared when the process ends, but for an abort.
 /// @return the driver's status, or -1 when there is none to run; no banner is printed then.
 std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains);

@@ -1,8 +1,8 @@
 // The road of a command, so that a newcomer finds the bytes in three hops:
 //   main -> dispatch chooses the driver of a scheme; drivers.cpp and client_drivers.cpp are tables
 //   -> root_commands.cpp and stage2_commands.cpp: each command, read from top to bottom
-//   -> sb20/ and sb10/, the same rooms in both: key_pair, stage1, stage2 load, print and store;
-//      public_key_info, boot_context and code_encryption compute; records.h is every byte layout
+//   -> sb20/ (scheme 2.1) and sb10/ (1.1), alike: key_pair, stage1, stage2 load files and print;
+//      public_key_info, boot_context, code_encryption compute; records.h is every byte layout
 //   -> scheme/ is what both share, crypto/ the library, util/ files and how a run ends.
 
 #include "front/drivers.h"

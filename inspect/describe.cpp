@@ -117,7 +117,7 @@ Report describe_bl1(std::string_view name, std::size_t size, const SecuredBl1& b
 
 Report describe_unknown(std::string_view name, std::size_t size) {
   return start({name, size, "unknown", "unknown", nullptr},
-               {"It is not eFuse data, not a key file that opens, and not a secured BL1.",
+               {"It is not eFuse data, not a key file that opens undamaged, and not a secured BL1.",
                 "A secured BL2 carries no mark: --boot checks it together with its BL1."},
                "");
 }

@@ -33,8 +33,14 @@ Decoded decode(std::string_view text) {
   return valid ? Decoded{code_point, length} : Decoded{replacement, 1};
 }
 
+bool is_in(std::uint32_t code_point, std::uint32_t first, std::uint32_t last) {
+  return code_point >= first && code_point <= last;
+}
+
+/// Control characters, and those that turn the direction of what follows.
 bool is_control(std::uint32_t code_point) {
-  return code_point < 0x20 || (code_point >= 0x7F && code_point < 0xA0);
+  return code_point < 0x20 || is_in(code_point, 0x7F, 0x9F) || is_in(code_point, 0x200E, 0x200F) ||
+         is_in(code_point, 0x202A, 0x202E) || is_in(code_point, 0x2066, 0x2069);
 }
 
 }  // namespace

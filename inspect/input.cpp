@@ -37,7 +37,8 @@ const char* read_fully(int descriptor, std::uint8_t* bytes, std::size_t size) {
     bytes += got;
     size -= static_cast<std::size_t>(got);
   }
-  return nullptr;
+  std::uint8_t more = 0;
+  return read(descriptor, &more, sizeof more) > 0 ? "Longer than its size says" : nullptr;
 }
 
 }  // namespace

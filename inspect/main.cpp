@@ -21,8 +21,11 @@ void complain(const std::string& what, const std::string& reason) {
   std::fprintf(stderr, "Sealwright_inspect: %s: %s\n", what.c_str(), reason.c_str());
 }
 
+int output_error = 0;  // of the first line that could not be written
+
 void print(const std::string& text) {
-  std::fputs(text.c_str(), stdout);
+  const bool failed = std::fputs(text.c_str(), stdout) < 0;
+  if (failed && output_error == 0) output_error = errno;
 }
 
 /// A file that could be read, or null after a complaint.
@@ -101,7 +104,8 @@ int main(int argc, char** argv) {
   // A reader that goes away is a write error like others.
   std::signal(SIGPIPE, SIG_IGN);
   const int status = run(read_options({argv + (argc > 0 ? 1 : 0), argv + argc}));
-  if (std::ferror(stdout) == 0 && std::fclose(stdout) == 0) return status;
-  complain("standard output", std::strerror(errno));
+  if (std::fclose(stdout) != 0 && output_error == 0) output_error = errno;
+  if (output_error == 0) return status;
+  complain("standard output", std::strerror(output_error));
   return not_done;
 }

@@ -42,7 +42,8 @@ Options read_options(std::span<char*> arguments) {
       return {Action::help};
     } else if (word == "--version") {
       return {Action::version};
-    } else if ((word == "--boot" || word == "--pem") && options.action == Action::describe) {
+    } else if (word == "--boot" || word == "--pem") {
+      if (options.action != Action::describe) return refuse("one of --boot and --pem, once");
       options.action = word == "--boot" ? Action::boot : Action::pem;
     } else {
       return refuse("wrong option " + show_name(word));

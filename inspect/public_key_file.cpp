@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <string_view>
 
 #include "inspect/key_files.h"
 #include "sb10/public_key_info.h"
@@ -15,10 +15,32 @@ Record copy_record(ByteView file) {
   return record;
 }
 
+// The verifier takes the lengths that a file states, and with other ones another key than the one
+// that is shown: a maker without the private key can find numbers that pass. So a proof counts only
+// where all stated lengths are the record's own.
+
+bool states_lengths(const Sb20PublicKeyFile& record) {
+  return record.popSignatureLen == sizeof record.popSignature;
+}
+bool states_lengths(const Sb10PublicKeyFile& record) {
+  return record.n.length == sizeof record.n.number && record.e.length == sizeof record.e.number &&
+         record.signed_length == sizeof record.n + sizeof record.e &&
+         record.signature_length == sizeof record.signature;
+}
+
+bool has_header(const Sb10PublicKeyFile& record) {
+  std::array<char, sizeof record.text> text = {};
+  std::ranges::copy(std::string_view(sb10_public_key_text), text.begin());
+  return record.header_length == sizeof record.header_length + sizeof record.text &&
+         std::ranges::equal(record.text, text) && record.zero == 0;
+}
+
 KeyFile read_sb20(ByteView file) {
   auto record = copy_record<Sb20PublicKeyFile>(file);
   const PublicKey key = to_public_key(record.publicKeyInfo.key);
-  return {"2.1", key, verify_sb20_proof(writable_view_of(record)) == ZEB_SUCCESS};
+  const bool proven =
+      states_lengths(record) && verify_sb20_proof(writable_view_of(record)) == ZEB_SUCCESS;
+  return {"2.1", key, proven};
 }
 
 KeyFile read_sb10_root(ByteView file) {
@@ -32,13 +54,14 @@ KeyFile read_sb10_root(ByteView file) {
 
 std::optional<KeyFile> read_sb10_stage2(ByteView file) {
   auto record = copy_record<Sb10PublicKeyFile>(file);
-  if (std::strncmp(record.text, sb10_public_key_text, sizeof record.text) != 0) return std::nullopt;
+  if (!has_header(record)) return std::nullopt;
   // The key as sealing takes it, whatever lengths the file states.
   std::array<std::uint8_t, 2 * sizeof record> joined;
   join_sb10_key(joined, record);
   RsaPublicKey1024 key;
   std::copy_n(joined.begin(), sizeof key, writable_view_of(key).begin());
-  return KeyFile{"1.1", to_public_key(key), verify_sb10_proof(record, joined) == ZEB_SUCCESS};
+  const bool proven = states_lengths(record) && verify_sb10_proof(record, joined) == ZEB_SUCCESS;
+  return KeyFile{"1.1", to_public_key(key), proven};
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The engines wipe what fails, so the checks below take each context as a copy.
+// The schemes' functions wipe what fails, so the checks below take each context as a copy.
 
 Status validate(ByteView efuse, Sb20PublicKeyInfo& info) {
   return Validate_SB20_PublicKeyInfo(efuse.data(), length_of(efuse), &info);

@@ -45,18 +45,19 @@ Status prove_possession(WritableBytes signature, const NewKey& key, ByteView mes
                               view_of(key.info.key).data(), message);
 }
 
-void encrypt(WritableBytes record) {
-  // The status can be dropped: the records are whole blocks.
-  do_PrivateKey_Encrypt(key_file_mode_v11, record.data(), length_of(record));
+/// Where it fails, for want of memory, the record must not be written.
+Status encrypt(WritableBytes record) {
+  return do_PrivateKey_Encrypt(key_file_mode_v11, record.data(), length_of(record));
 }
 
 Status write_root_set(const NewKey& key) {
   Sb10PublicKeyInfoFile public_file = {key.info, {}};
-  const Status status = prove_possession(public_file.popSignature, key, view_of(key.info));
+  Status status = prove_possession(public_file.popSignature, key, view_of(key.info));
   if (status != ZEB_SUCCESS) return status;
   Sb10RootPrivateKeyFile private_file = {key.items, {}};
   const WipeOnExit private_guard(private_file);
-  encrypt(writable_view_of(private_file));
+  status = encrypt(writable_view_of(private_file));
+  if (status != ZEB_SUCCESS) return status;
   const OutputFile set[] = {
       {sb10_public_key_info_file, view_of(public_file), FileAccess::by_umask},
       {sb10_efuse_file, key.efuse_data, FileAccess::by_umask},
@@ -92,13 +93,14 @@ Status write_stage2_pair(const NewKey& key, const FileName& public_name,
   fill_public_file(public_file, key.info.key);
   const ByteView message =
       view_of(public_file).subspan(offsetof(Sb10PublicKeyFile, n), public_file.signed_length);
-  const Status status = prove_possession(public_file.signature, key, message);
+  Status status = prove_possession(public_file.signature, key, message);
   if (status != ZEB_SUCCESS) return status;
   Sb10PrivateKeyFile private_file;
   const WipeOnExit private_guard(private_file);
   start_private_file(private_file);
   private_file.items = key.items;
-  encrypt(writable_view_of(private_file));
+  status = encrypt(writable_view_of(private_file));
+  if (status != ZEB_SUCCESS) return status;
   const OutputFile set[] = {
       {public_name.data(), view_of(public_file), FileAccess::by_umask},
       {private_name.data(), view_of(private_file), FileAccess::owner_only},
@@ -148,6 +150,7 @@ Status convert_To_OldPrivateKey(const std::uint8_t* keyRecord, std::uint32_t /*k
   for (const WritableBytes slot : slots) {
     if (!take_item(slot, cursor)) return CIPHER_ERR_SETUP;
   }
-  std::memcpy(out, &file, sizeof file);
-  return do_PrivateKey_Encrypt(key_file_mode_v11, out, sizeof file);
+  const Status status = encrypt(writable_view_of(file));
+  if (status == ZEB_SUCCESS) std::memcpy(out, &file, sizeof file);
+  return status;
 }

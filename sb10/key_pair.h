@@ -5,13 +5,13 @@
 #include "crypto/status.h"
 #include "sb10/records.h"
 
-/// Makes an RSA-1024 key pair with e = 65537 and writes its files, or none when one of
-/// them cannot be opened. Mode 1: the
-/// root set "publicKeyInfo.dat", "eFuseData.dat" and "privateKey.dat"; `baseName` is not used. Any
-/// other mode: `baseName` with ".spk" and ".prv"; a name above 123 characters aborts. Prints
-/// nothing but the line of a file that cannot be opened. With a status other than 0 no file is
-/// touched.
-/// @return 0; what Generate_SB10_PublicKeyInfo returns; SIGN_ERR_... of the proof of possession.
+/// Makes an RSA-1024 key pair with e = 65537 and writes its files. Mode 1: the root set
+/// "publicKeyInfo.dat", "eFuseData.dat" and "privateKey.dat"; `baseName` is not used. Any other
+/// mode: `baseName` with ".spk" and ".prv"; a name above 123 characters aborts. With a status other
+/// than 0 no file is touched. Where write_file_set cannot open the files or finds no room for them,
+/// it says so and touches none either, but the status is 0.
+/// @return 0; what Generate_SB10_PublicKeyInfo returns; SIGN_ERR_... of the proof of possession;
+///         CIPHER_ERR_... of the private-key file.
 Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName);
 
 /// Writes the 640-byte file of a 1024-bit key, encrypted with mode 1, from the first seven items of

@@ -17,7 +17,7 @@ Sb10PrivateKeyFile sb10_privkey_file = {};
 
 namespace {
 
-constexpr std::uint32_t public_exponent = 65537;  // of every version 1.1 key
+constexpr std::uint32_t public_exponent = 65537;  // of every key of scheme 1.1
 
 // Quirk: n and d alone are used, at their fixed places, although the file holds the CRT items, too;
 // stored files in which only those are damaged depend on it.

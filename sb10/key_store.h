@@ -5,7 +5,7 @@
 #include "sb10/records.h"
 #include "scheme/key_store.h"
 
-// Key material of a version 1.1 run: the fixed file names, the process-wide buffers beside those
+// Key material of a run of scheme 1.1: the fixed file names, the process-wide buffers beside those
 // that both schemes share, and what fills them from files.
 
 inline constexpr char sb10_efuse_file[] = "eFuseData.dat";

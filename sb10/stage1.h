@@ -4,7 +4,7 @@
 
 #include "crypto/status.h"
 
-/// Seals a stage-1 image of version 1.1: checks the proof of possession of the stage-2 key, builds
+/// Seals a stage-1 image of scheme 1.1: checks the proof of possession of the stage-2 key, builds
 /// the boot context in `sb10_Context` and checks it as the device will. The image is not encrypted.
 /// The key files are read from the working directory. Prints one line: the proof's failure, or the
 /// stage's success or failure.

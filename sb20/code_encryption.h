@@ -16,7 +16,7 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                       const std::uint32_t* keyLen, std::uint8_t* ivOut, const std::uint32_t* ivLen);
 
 /// Encrypts `codeLen` bytes in place, whole blocks only, and proves the result by decrypting it.
-/// `code` has room for one more block after it. On a failure the code is still plaintext.
+/// On a failure the code is still plaintext.
 /// @return 0; CIPHER_ERR_PARAMETER; CIPHER_ERR_SETUP; CIPHER_ERR_RUN; CIPHER_ERR_OPEN.
 Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen);

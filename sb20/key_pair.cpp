@@ -39,9 +39,8 @@ Status fill_key_files(KeyPairFiles& files, const ZEB_RSA_PRIVATE_KEY& key) {
   const Status proof = sign_message_checked(files.public_key.popSignature, {rsa_mode_crt, items},
                                             view_of(info.key).data(), view_of(info));
   if (proof != ZEB_SUCCESS) return proof;
-  // The status can be dropped: the record is whole blocks.
-  do_PrivateKey_Encrypt(key_file_mode_v21, private_file.data(), length_of(private_file));
-  return ZEB_SUCCESS;
+  // Where it cannot be encrypted, for want of memory, it must not be written.
+  return do_PrivateKey_Encrypt(key_file_mode_v21, private_file.data(), length_of(private_file));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include "sb20/records.h"
 #include "scheme/key_store.h"
 
-// Key material of a version 2.1 run: the fixed file names, the process-wide buffers beside those
+// Key material of a run of scheme 2.1: the fixed file names, the process-wide buffers beside those
 // that both schemes share, and what fills them from files.
 
 inline constexpr char sb20_efuse_file[] = "eFuseData_V21.dat";

@@ -14,10 +14,10 @@ namespace {
 constexpr std::uint32_t build_info_length = sizeof(BuildInfo);
 
 /// Builds the context for the sealed code and checks it against the eFuse file, read afresh.
-Status make_and_check_context(ByteView root_key, ByteView stage2_key, ByteView sealed) {
+Status make_and_check_context(ByteView root_items, ByteView stage2_key, ByteView sealed) {
   const Status status =
-      Generate_SB20_Context(root_key.data(), length_of(root_key), stage2_key.data(), sealed.data(),
-                            length_of(sealed), &sb20_Context);
+      Generate_SB20_Context(root_items.data(), length_of(root_items), stage2_key.data(),
+                            sealed.data(), length_of(sealed), &sb20_Context);
   if (status != ZEB_SUCCESS) return status;
   const EfuseData efuse = load_sb20_efuse_data(sb20_efuse_file, EfuseLength::of_file);
   return Check_SB20_Context(efuse.bytes, efuse.length, &sb20_Context, sealed.data(),
@@ -32,8 +32,8 @@ Status generate_stage1(std::uint8_t* code, std::uint32_t code_length, std::uint3
     std::fputs(popp_failure_line, stdout);
     return status;
   }
-  ByteView root_key;
-  status = load_sb20_private_key(root_key, sb20_private_key_file);
+  ByteView root_items;
+  status = load_sb20_private_key(root_items, sb20_private_key_file);
   if (status != ZEB_SUCCESS) return status;
 
   load_sb20_root_info();
@@ -44,7 +44,7 @@ Status generate_stage1(std::uint8_t* code, std::uint32_t code_length, std::uint3
   if (status != ZEB_SUCCESS) return status;
   if (info_length != 0) mk_BL_Info(code + code_length);
 
-  status = make_and_check_context(root_key, stage2_file, {code, code_length + info_length});
+  status = make_and_check_context(root_items, stage2_file, {code, code_length + info_length});
   std::fputs(status == ZEB_SUCCESS ? stage1_signed_line : stage1_not_signed_line, stdout);
   return status;
 }

@@ -4,7 +4,7 @@
 
 #include "crypto/status.h"
 
-/// Signs a stage-2 image of version 2.1 with an encrypted private-key file (above 2048 bytes:
+/// Signs a stage-2 image of scheme 2.1 with an encrypted private-key file (above 2048 bytes:
 /// aborts) and checks the signature before it reports success. Prints the stage's success or
 /// failure line; a key file that cannot be decrypted fails in silence. `signatureOut` has room for
 /// 256 bytes, which `*signatureLen` says on entry and on success.

@@ -6,7 +6,8 @@
 #include "crypto/status.h"
 
 // Key material of a run that both schemes use: process-wide buffers, cleared before each load. A
-// loader returns a view of what it loaded, and callers pass the view on.
+// loader returns a view of what it loaded, and callers pass the view on. A file that cannot be
+// opened ends the process as fail_file_open does.
 
 inline constexpr std::uint32_t private_key_capacity = 2048;  // bytes
 inline constexpr std::uint32_t public_key_capacity = 1024;   // bytes
@@ -18,11 +19,11 @@ extern std::uint32_t publicKeyLen;
 
 /// Which length eFuse data counts with.
 enum class EfuseLength {
-  of_file,   // what the file has; the engines refuse any but the scheme's own
+  of_file,   // what the file has; sealing refuses any but the scheme's own
   of_fuses,  // the scheme's own, whatever the file has
 };
 
-/// eFuse data as the engines take it. Only a length of the scheme's own is ever read.
+/// eFuse data as it is checked against. Only a length of the scheme's own is ever read.
 struct EfuseData {
   const std::uint8_t* bytes;
   std::uint32_t length;

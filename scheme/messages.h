@@ -1,6 +1,6 @@
 #pragma once
 
-// Lines that the engines and commands of both schemes print. Scripts compare them as they stand,
+// Lines that the functions and commands of both schemes print. Scripts compare them as they stand,
 // "Posession" included.
 
 inline constexpr char generating_2048_line[] = "RSA 2048 bits key is generating...\n";

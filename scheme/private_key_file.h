@@ -5,7 +5,7 @@
 #include "crypto/status.h"
 
 // Private keys lie on disk encrypted with AES-CBC, without padding, under fixed parameters of the
-// program: mode 1 (AES-128) for version 1.1 files, any other mode (AES-256) for version 2.1 files.
+// program: mode 1 (AES-128) for scheme 1.1, any other mode (AES-256) for scheme 2.1.
 
 inline constexpr std::int32_t key_file_mode_v11 = 1;
 inline constexpr std::int32_t key_file_mode_v21 = 2;

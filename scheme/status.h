@@ -4,7 +4,7 @@
 
 #include "crypto/status.h"
 
-// Status codes of the scheme code, both versions. The signature codes (0xFFF2xxxx, 0xFFF4xxxx) are
+// Status codes of both schemes. The other signature codes (0xFFF2xxxx, 0xFFF4xxxx) are
 // those of crypto/status.h.
 
 /// What an operation of four steps returns for a failure of each, in their order.

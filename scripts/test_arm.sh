@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds for 64-bit Arm and tests the result under emulation: the unit tests with the processor's
-# instructions and without, then the road from keys to checked images with Arm and this machine
-# taking turns at each step. Builds the 32-bit variant as well. Compiler warnings are errors.
+# instructions and without, what commands leave in memory, then the road from keys to checked images
+# with Arm and this machine taking turns at each step. Builds the 32-bit variant as well. Compiler warnings are errors.
 # Installs what is missing first. Ends with a status other than 0 when anything fails.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -56,7 +56,7 @@ cmake -S . -B "$build" -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR
   -D CMAKE_CXX_FLAGS="-isystem '$libraries/usr/include/aarch64-linux-gnu'" \
   -D CMAKE_CROSSCOMPILING_EMULATOR="$(IFS=';' && printf '%s' "${run_arm[*]}")" \
   -D OPENSSL_USE_STATIC_LIBS=ON "${only[@]}"
-cmake --build "$build" -j "$(nproc)" --target unit_tests main client_main
+cmake --build "$build" -j "$(nproc)" --target unit_tests safety_tests main client_main
 
 say "Building the 32-bit variant in build/i686"
 cmake -S . -B build/i686 -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR=ON \
@@ -87,6 +87,11 @@ wait $! || fail "processor path: $(cat "$build/unit_processor.out")"
 tail -q -n 1 "$build"/unit_{processor,portable}.out
 (($(processor_functions_in processor) == 3)) || fail "the Arm instructions were not used"
 (($(processor_functions_in portable) == 0)) || fail "the portable run used the Arm instructions"
+
+say "Looking for secrets that commands leave in memory on Arm"
+"${run_arm[@]}" "$build/tests/safety_tests" --gtest_filter='*Secrets*' --gtest_brief=1 |
+  tee "$build/safety.out"
+grep -q '\[  PASSED  \] [1-9]' "$build/safety.out" || fail "the search for secrets did not run"
 
 # --- The road. Keys made on one machine seal and sign on the other, and the first checks.
 

@@ -25,7 +25,8 @@ void mem_dump(const std::uint8_t* bytes, std::int32_t length) {
   for (std::int32_t i = 0; i < lines; ++i, bytes += bytes_per_line) {
     print_line(bytes, bytes_per_line);
   }
-  // Quirk: a negative rest prints an empty line; whoever compares dumps depends on it.
+  // Quirk: a negative rest prints an empty line, and print_DWORD ends with a whole row; whoever
+  // compares dumps depends on it.
   if (length % bytes_per_line != 0) print_line(bytes, length % bytes_per_line);
 }
 
@@ -38,7 +39,6 @@ void prn_DWORD(std::uint32_t word) {
 void print_DWORD(const char* title, const std::uint32_t* words, std::int32_t count) {
   std::printf("%s\n", title);
   for (std::int32_t i = 0; i < count; i += words_per_row) {
-    // Quirk: also the words past `count` of the last row; whoever compares dumps depends on them.
     for (std::int32_t j = 0; j < words_per_row; ++j) prn_DWORD(words[i + j]);
     std::printf("\n");
   }

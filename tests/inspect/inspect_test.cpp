@@ -116,6 +116,8 @@ TEST(InspectBuildInfo, IsRecognisedByTagAndZeros) {
     EXPECT_THAT(describe_json(damage(image, at)), HasSubstr(R"("build_info": null)"));
   }
   EXPECT_THAT(describe_json(image), testing::ContainsRegex("root key is irr.*stage-2 key is irr"));
+  EXPECT_THAT(to_text("f", describe("f", image)),
+              testing::ContainsRegex("SHA-1( [0-9a-f]{4}){10}\n"));
 }
 
 TEST(InspectKeys, AreRegularOrNot) {
