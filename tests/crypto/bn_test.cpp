@@ -264,10 +264,6 @@ TEST(TrialDivision, RejectsCompositesWithASmallFactorAndNoPrime) {
     for (Digit d = 3; d < bound; d += 2) is_divisible |= bn_ModD(n.data(), width, d) == 0;
     EXPECT_TRUE(is_divisible ? is_rejected(n) : !(is_rejected(n) && Big(n).is_prime()));
   }
-  for (const std::uint32_t bits : {61U, 89U, 521U, 607U}) {  // Mersenne primes
-    const std::uint32_t width = bits / digit_bits + 1;
-    EXPECT_FALSE(is_rejected((power(2, bits, Big::unit(width + 1)) - 1).digits(width))) << bits;
-  }
   for (Digit n = 3; n < 1U << 14; n += 2) EXPECT_FALSE(Big(n).is_prime() && is_rejected({n, 0}));
 }
 

@@ -31,9 +31,6 @@ struct Scheme {
 
   bool is_v11() const { return key_file_mode == 1; }
   std::size_t key_length() const { return is_v11() ? 132 : 268; }
-  std::string making_line() const {
-    return "RSA " + std::to_string(8 * length) + " bits key is generating...\n";
-  }
 };
 
 // clang-format off
@@ -50,19 +47,6 @@ inline const Scheme v11 = {
     {0, 128, 0, 152, 152}, {40, 172, 36, 176, 180},
     512, 132, 260, 412, 1, 1};
 
-// By stage.
-inline const std::string signed_line[] = {"",
-    "Stage 1: Signature generation is successful.\n", "Stage 2: Signature generation is successful.\n"};
-inline const std::string not_signed_line[] = {"",
-    "Stage 1: Signature generation is failed.\n", "Stage 2: Signature generation is failed.\n"};
-inline const std::string verified_line[] = {"",
-    "Stage 1: Signature verification is successful.\n", "Stage 2: Signature verification is successful.\n"};
-inline const std::string refused_line[] = {"",
-    "Stage 1: Signature verification is failed.\n", "Stage 2: Signature verification is failed.\n"};
-inline const std::string popp_line =
-    "Invalid Stage 2 Public Key: POPP(Proof of Posession Private Key) Failure\n";
-inline const std::string open_error = "file open error\n";
-inline const std::string version_line = "sealWright version 2.1\n";
 // clang-format on
 
 /// A program of this build, or of another machine's where a variable says so.
@@ -76,6 +60,18 @@ inline const std::string client_tool = tool("SEALWRIGHT_CLIENT_TOOL", CLIENT_TOO
 inline std::string text_file(const std::string& name) {
   const Bytes bytes = read_bytes(TEST_DATA "/texts/" + name + ".txt");
   return std::string(bytes.begin(), bytes.end());
+}
+
+/// What is printed, by its name in lines.txt; lines of a stage have its number.
+inline const std::string& line(const std::string& name, int stage = 0) {
+  static const auto lines = [] {
+    std::map<std::string, std::string> made;
+    std::istringstream in(text_file("lines"));
+    for (std::string key, text; in >> key && std::getline(in >> std::ws, text);)
+      made[key] = text + "\n";
+    return made;
+  }();
+  return lines.at(stage == 0 ? name : name + std::to_string(stage));
 }
 
 inline std::string banner_of(const Scheme& s) {

@@ -16,12 +16,12 @@ class Input : public Bench {
   const std::vector<std::string> for_stage1 = {"BL1.bin", s.stage2_public, s.root_private,
                                                s.root_info, s.efuse};
   const std::map<std::string, Command> commands = {
-      {"seal1", {seal1, signed_line[1], 1, for_stage1}},
-      {"seal_p", {"BL1.bin out x -P", signed_line[1], 1, for_stage1}},
-      {"seal2", {seal2, signed_line[2], 2, {"BL2.bin", private_key}}},
-      {"check1", {"sealed1" + verify1, verified_line[1], 1, {"sealed1", s.efuse}}},
-      {"check_p", {"sealed_p" + verify1, verified_line[1], 1, {"sealed_p", s.efuse}}},
-      {"check2", {"sealed2" + verify2, verified_line[2], 2, {"sealed2", public_key}}}};
+      {"seal1", {seal1, line("signed", 1), 1, for_stage1}},
+      {"seal_p", {"BL1.bin out x -P", line("signed", 1), 1, for_stage1}},
+      {"seal2", {seal2, line("signed", 2), 2, {"BL2.bin", private_key}}},
+      {"check1", {"sealed1" + verify1, line("verified", 1), 1, {"sealed1", s.efuse}}},
+      {"check_p", {"sealed_p" + verify1, line("verified", 1), 1, {"sealed_p", s.efuse}}},
+      {"check2", {"sealed2" + verify2, line("verified", 2), 2, {"sealed2", public_key}}}};
   std::map<std::string, std::string> files = {{"efuse", s.efuse},
                                               {"root_info", s.root_info},
                                               {"root_private", s.root_private},
@@ -53,17 +53,12 @@ TEST_P(Input, DamagedFilesEndAsListed) {
   int count = 0;
   for (std::string row; std::getline(rows, row);) {
     std::istringstream in(row);
-    std::string scheme, file, damage, places, values, word, status, line;
-    in >> scheme >> file >> damage >> places >> values >> word >> status >> line;
+    std::string scheme, file, damage, places, values, word, status, text;
+    in >> scheme >> file >> damage >> places >> values >> word >> status >> text;
     if (scheme != s.name && scheme != "both") continue;
     SCOPED_TRACE(row);
     const std::string name = files.contains(file) ? files[file] : file;
     const auto& [command, success, stage, inputs] = commands.at(word);
-    const std::map<std::string, std::string> lines = {{"success", success},
-                                                      {"not_signed", not_signed_line[stage]},
-                                                      {"refused", refused_line[stage]},
-                                                      {"popp", popp_line},
-                                                      {"silence", ""}};
     const bool encrypted = damage.starts_with("key-");
     if (encrypted) damage.erase(0, 4);
     for (const std::uint32_t place : numbers_in(places)) {
@@ -76,8 +71,11 @@ TEST_P(Input, DamagedFilesEndAsListed) {
           if (damage == "other") bytes = device(1).at(name);
         });
         const int end = status == "abort" ? -SIGABRT : std::stoi(status);
-        line == "success" ? expect_run(command, end, success)
-                          : expect_failure(command, end, lines.at(line));
+        if (text == "success") expect_run(command, end, success);
+        if (text != "success") {
+          const int said_by = text == "popp" ? 0 : stage;
+          expect_failure(command, end, text == "silence" ? "" : line(text, said_by));
+        }
         std::filesystem::remove("out");
         restore();
         ++count;
@@ -90,7 +88,7 @@ TEST_P(Input, DamagedFilesEndAsListed) {
 TEST_P(Input, TheProofOfPossessionIsCheckedBeforeAnythingElse) {
   edit(s.stage2_public, false, [&](Bytes& bytes) { ++bytes[s.stage2.n]; });
   std::filesystem::remove(s.root_private);  // is never missed
-  expect_failure(seal1, 144, popp_line);
+  expect_failure(seal1, 144, line("popp"));
 }
 
 TEST_P(Input, FilesThatCannotBeRead) {
@@ -101,14 +99,14 @@ TEST_P(Input, FilesThatCannotBeRead) {
         std::filesystem::remove(input);
         if (instead == 1) std::filesystem::create_directory(input);
         ASSERT_TRUE(instead != 2 || mkfifo(input.c_str(), 0600) == 0);
-        expect_failure(command.line, 255, open_error);
+        expect_failure(command.line, 255, line("open_error"));
       }
       restore();
     }
   }
   // With its signature this image would pass 2^31 - 1 bytes; the file is a hole.
   std::filesystem::resize_file("BL2.bin", (1U << 31) - s.length);
-  expect_run(seal2, 255, open_error);
+  expect_run(seal2, 255, line("open_error"));
   EXPECT_FALSE(std::filesystem::exists("out"));
 }
 
@@ -116,17 +114,18 @@ TEST_P(Input, FilesThatCannotBeWritten) {
   std::filesystem::create_directory("directory");
   ASSERT_EQ(mkfifo("pipe", 0600), 0);
   for (const std::string out : {"directory", "missing/out", "pipe"}) {
-    expect_failure("BL1.bin " + out + " -STAGE1", 0, signed_line[1] + open_error);
+    expect_failure("BL1.bin " + out + " -STAGE1", 0, line("signed", 1) + line("open_error"));
     expect_failure("BL2.bin " + out + " " + private_key + " -STAGE2", 0,
-                   signed_line[2] + open_error);
+                   line("signed", 2) + line("open_error"));
   }
-  expect_failure("missing/key -STAGE2_KEYGEN", 0, s.making_line() + open_error + open_error);
+  expect_failure("missing/key -STAGE2_KEYGEN", 0,
+                 line("making_" + s.name) + line("open_error") + line("open_error"));
   const std::string too_long(128 - s.public_suffix.size(), 'k');
-  expect_failure(too_long + " -STAGE2_KEYGEN", -SIGABRT, s.making_line());
+  expect_failure(too_long + " -STAGE2_KEYGEN", -SIGABRT, line("making_" + s.name));
   for (const std::string& name : {s.root_info, s.root_private, s.efuse}) {  // a set, or none of it
     std::filesystem::remove(name);
     std::filesystem::create_directory(name);
-    expect_failure("-KEYGEN", 0, s.making_line() + open_error);
+    expect_failure("-KEYGEN", 0, line("making_" + s.name) + line("open_error"));
     std::filesystem::remove(name);
     restore();
   }
@@ -138,7 +137,7 @@ TEST_P(Input, MessagesStayOutOfFilesWhenTheOutputIsClosed) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(slice(read_bytes("out"), 0, 1001), some_bytes(1001));
-  expect_run("out" + verify2, 0, verified_line[2]);
+  expect_run("out" + verify2, 0, line("verified", 2));
 }
 
 TEST_P(Input, CommandsEndAsListed) {
@@ -155,17 +154,14 @@ TEST_P(Input, CommandsEndAsListed) {
       // What is no known version gets the usage of 2.1.
       const std::string usage =
           "usage_" + (has_version ? v21 : s).name + (tool == full_tool ? "" : "_client");
-      const std::map<std::string, std::string> texts = {
-          {"usage", text_file(usage)},
-          {"version", version_line},
-          {"silence", ""},
-          {"hint", "sealwright_V21 -v1.1(or -v2.1) -help\n"}};
+      const std::string said = text == "usage"     ? text_file(usage)
+                               : text == "silence" ? ""
+                                                   : line(text);
       for (const std::string version : {" -v", " -V"}) {
         const Outcome outcome =
             run(tool + (has_version ? "" : version + s.option.substr(2)) + words);
         EXPECT_EQ(outcome.status, std::stoi(status)) << tool << row;
-        EXPECT_EQ(outcome.output, (has_version ? "" : banner_of(s)) + texts.at(text))
-            << tool << row;
+        EXPECT_EQ(outcome.output, (has_version ? "" : banner_of(s)) + said) << tool << row;
       }
     }
   }
@@ -223,17 +219,17 @@ TEST_P(Input, RandomDamageIsNeverTakenForGood) {
       return outcome.output == banner_of(s) + text;
     };
     if (!says(command.success)) {
-      EXPECT_TRUE(says("") || says(popp_line) || says(not_signed_line[stage]) ||
-                  says(refused_line[stage]));
+      EXPECT_TRUE(says("") || says(line("popp")) || says(line("not_signed", stage)) ||
+                  says(line("refused", stage)));
       EXPECT_TRUE(outcome.status == -SIGABRT ? says("")
                                              : outcome.status >= 0 && outcome.status != 124);
       EXPECT_TRUE(read_all_files() == before);
-    } else if (command.success == verified_line[stage]) {
+    } else if (command.success == line("verified", stage)) {
       EXPECT_EQ(relied_on(name, before.at(name)), relied_on(name, device(0).at(name)));
     } else {  // what was sealed holds under undamaged keys
       EXPECT_EQ(outcome.status, 0);
       restore();
-      expect_run("out" + (stage == 1 ? verify1 : verify2), 0, verified_line[stage]);
+      expect_run("out" + (stage == 1 ? verify1 : verify2), 0, line("verified", stage));
     }
     std::filesystem::remove("out");
     restore();

@@ -29,8 +29,8 @@ TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
   const std::string longest(127 - s.public_suffix.size(), 'k');
   std::filesystem::permissions(s.root_private, std::filesystem::perms(0644));
   Files before = read_all_files();
-  expect_run(longest + " -STAGE2_KEYGEN", 0, s.making_line());
-  expect_run("-KEYGEN", 0, s.making_line());
+  expect_run(longest + " -STAGE2_KEYGEN", 0, line("making_" + s.name));
+  expect_run("-KEYGEN", 0, line("making_" + s.name));
   Files after = read_all_files();
   EXPECT_EQ(after.erase(longest + s.public_suffix), 1U);
   EXPECT_EQ(after.erase(longest + s.private_suffix), 1U);
@@ -99,7 +99,7 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
   const Bytes root = read_bytes(s.root_info), file = read_bytes(public_key);
   const auto expect_sealed = [&](const std::string& command, std::size_t length, std::size_t more) {
     const auto before = static_cast<std::uint32_t>(std::time(nullptr));
-    expect_run(command, 0, signed_line[1]);
+    expect_run(command, 0, line("signed", 1));
     const Bytes out = read_bytes("out");
     ASSERT_EQ(out.size(), length + more + s.context_length);
     EXPECT_EQ(opened(slice(out, 0, length)), some_bytes(length));
@@ -117,7 +117,7 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
         s.is_v11() ? joined(slice(file, 40, 128), slice(file, 172, 4)) : slice(file, 0, 268);
     EXPECT_EQ(slice(context, 0, s.key_length()), key);
     EXPECT_EQ(slice(context, s.context_info, s.root.proven_end), slice(root, 0, s.root.proven_end));
-    expect_run("out" + verify1, 0, verified_line[1]);
+    expect_run("out" + verify1, 0, line("verified", 1));
   };
   for (const std::size_t length : {0, 1, 16, 100, 1008, 1001}) {
     write_bytes("BL1.bin", some_bytes(length));
@@ -139,12 +139,12 @@ TEST_P(Road, Stage2ImagesOfAnyLength) {
   const Bytes file = read_bytes(public_key);
   for (const std::size_t length : {0, 1, 255, 1001, 5000}) {
     write_bytes("BL2.bin", some_bytes(length));
-    expect_run(seal2, 0, signed_line[2]);
+    expect_run(seal2, 0, line("signed", 2));
     const Bytes out = read_bytes("out");
     EXPECT_EQ(out.size(), length + s.length);
     EXPECT_EQ(slice(out, 0, length), some_bytes(length));
     EXPECT_TRUE(accepts(file, s.stage2, some_bytes(length), slice(out, length, s.length)));
-    expect_run("out" + verify2, 0, verified_line[2]);
+    expect_run("out" + verify2, 0, line("verified", 2));
   }
 }
 
