@@ -1,15 +1,16 @@
 // Commands run inside the test program, to see what cannot be seen from outside.
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <functional>
 #include <set>
 
+#include "crypto/mem.h"
 #include "crypto/prng_state.h"
 #include "front/drivers.h"
 #include "front/texts.h"
@@ -19,27 +20,21 @@
 #include "scheme/private_key_file.h"
 #include "tests/support/bytes.h"
 
-extern std::uint8_t __data_start, _end;  // NOLINT: the linker's bounds of the static data
+extern char __data_start, _end;  // NOLINT: the linker's bounds of the static data
 
 namespace {
 
 using Words = std::vector<const char*>;
-using Run = std::array<std::uint8_t, 16>;  // so many bytes of a secret must not be found
 
+constexpr std::size_t run_length = 16;  // so many bytes of a secret must not be found
 constexpr std::size_t stack_length = 1 << 20;
-std::set<Run>* secrets = nullptr;  // on the heap, which is not searched
-std::uint8_t* stack = nullptr;
-
-Run run_at(const std::uint8_t* bytes) {
-  Run run;
-  std::copy_n(bytes, run.size(), run.begin());
-  return run;
-}
+std::set<std::string>* secrets = nullptr;  // on the heap, which is not searched
+char* stack = nullptr;
 
 void add_secret(const Bytes& bytes, std::size_t from) {
-  for (std::size_t i = from; i + Run().size() <= bytes.size(); ++i) {
-    const Run run = run_at(&bytes[i]);
-    if (std::ranges::count(run, 0) < 8) secrets->insert(run);
+  for (std::size_t i = from; i + run_length <= bytes.size(); ++i) {
+    const Bytes run = slice(bytes, i, run_length);
+    if (std::ranges::count(run, 0) < 8) secrets->insert(std::string(run.begin(), run.end()));
   }
 }
 
@@ -51,62 +46,57 @@ void add_key(const char* path, std::int32_t mode, std::size_t d) {
   add_secret(file, d);
 }
 
+/// The key that opens BL1.
 void add_code_key() {
   if (access("eFuseData_V21.dat", R_OK) != 0) return;
   Bytes key = read_bytes("eFuseData_V21.dat");
   const Bytes info = read_bytes("publicKeyInfo_V21.dat");
-  for (std::size_t i = 0; i < key.size(); ++i)
-    key[i] ^= info[offsetof(Sb20PublicKeyInfo, hmac) + i];
+  tmkx_memxor(key.data(), key.data(), &info[offsetof(Sb20PublicKeyInfo, hmac)], 20);
   add_secret(key, 0);
 }
 
-int found(const std::uint8_t* from, const std::uint8_t* to) {
-  for (; from + Run().size() <= to; ++from) {
-    if (secrets->contains(run_at(from))) return 1;
+int found(const char* from, const char* to) {
+  for (; from + run_length <= to; ++from) {
+    if (secrets->contains(std::string(from, run_length))) return 1;
   }
   return 0;
 }
 
-/// Runs after the handlers that the command has registered.
+/// Runs after the handlers that the command has registered. Ends with 1 for a secret on the stack,
+/// 2 for one in static data, 3 for both; 4 when there was none to look for.
 void search() {
   constexpr std::size_t d20 = offsetof(Sb20PrivateKeyFile, d);
   constexpr std::size_t d10 = offsetof(Sb10PrivateKeyItems, d);
-  secrets = new std::set<Run>;
+  secrets = new std::set<std::string>;
   add_key("privateKey_V21.dat", key_file_mode_v21, d20);
   add_key("s_V21.prv", key_file_mode_v21, d20);
   add_key("privateKey.dat", key_file_mode_v11, d10);
   add_key("s.prv", key_file_mode_v11, offsetof(Sb10PrivateKeyFile, items) + d10);
   add_code_key();
-  _exit(secrets->empty() ? 4
-                         : found(stack, stack + stack_length) + 2 * found(&__data_start, &_end));
+  const int where = found(stack, stack + stack_length) + 2 * found(&__data_start, &_end);
+  _exit(secrets->empty() ? 4 : where);
 }
 
-std::function<void()> command(Words words) {
-  return [words] {
-    run_main(static_cast<int>(words.size()), words.data(),
-             {sb10_main, sb20_main, print_SB20_Usage});
-  };
+void run(const Words& words) {
+  run_main(static_cast<int>(words.size()), words.data(), {sb10_main, sb20_main, print_SB20_Usage});
 }
 
-void* call(void* function) {
-  (*static_cast<std::function<void()>*>(function))();
-  return nullptr;
-}
-
-/// 0; 1 for a secret on the stack, 2 in static data, 3 in both; 4 when there was none to look for.
+/// Does the work in a process of its own, on a stack of its own, and searches what it leaves.
 int remains_of(std::function<void()> work) {
   const pid_t child = fork();
   if (child == 0) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(5);
-    stack = static_cast<std::uint8_t*>(
+    stack = static_cast<char*>(
         mmap(nullptr, stack_length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     std::atexit(search);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, stack, stack_length);
-    pthread_t thread = {};
-    pthread_create(&thread, &attributes, call, &work);
-    pthread_join(thread, nullptr);
+    static ucontext_t back, there;
+    static const std::function<void()>* const job = &work;
+    getcontext(&there);
+    there.uc_stack = {stack, 0, stack_length};
+    there.uc_link = &back;
+    makecontext(
+        &there, [] { (*job)(); }, 0);
+    swapcontext(&back, &there);
     std::exit(0);
   }
   int status = 0;
@@ -130,7 +120,8 @@ TEST(Safety, SecretsAreNotLeftInMemory) {
                               {"tool", version, "s", "-STAGE2_KEYGEN"},
                               {"tool", version, "image", "bl1", "-STAGE1"},
                               {"tool", version, "image", "bl2", key, "-STAGE2"}};
-    for (const Words& words : commands) EXPECT_EQ(remains_of(command(words)), 0) << words.back();
+    for (const Words& words : commands)
+      EXPECT_EQ(remains_of([&] { run(words); }), 0) << words.back();
     for (const char* made : {"bl1", "bl2"}) EXPECT_TRUE(std::filesystem::remove(made)) << version;
   }
   // Alone, so that nothing that comes after it covers its tracks.
@@ -143,7 +134,7 @@ TEST(Safety, NothingIsMadeWithoutASourceOfRandomness) {
   const auto run_blind = [](const Words& words, bool device_too) {
     kernel_random_blocked = true;
     random_device_blocked = device_too;
-    command(words)();
+    run(words);
     std::exit(std::filesystem::is_empty(".") ? 1 : 0);
   };
   for (const char* version : {"-v2.1", "-v1.1"}) {
