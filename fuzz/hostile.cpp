@@ -54,15 +54,26 @@ void verify_signature(const Choose& choose) {
   require(verify(by_message, public_key, covered, signature) == (good ? 0 : 0xFFF20090), "verdict");
 }
 
+/// What a stage-2 file of scheme 1.1 starts with.
+Bytes header_of(const std::string& text) {
+  Bytes header = joined({28, 0, 0, 0}, bytes_of(text));
+  header.resize(36);
+  return header;
+}
+
 template <typename S>
 void inspect_files(const Choose& choose) {
   const Sealed<S>& good = sealed<S>();
   const Bytes image = joined(good.code, bytes_of(good.context));
   const bool v11 = S::length == 128;
   Bytes efuse = good.efuse, bl1 = image;
-  Bytes private_file = v11 ? joined(Bytes(36), good.list) : joined(good.list, Bytes(12));
+  Bytes private_file =
+      v11 ? joined(header_of(sb10_private_key_text), good.list) : joined(good.list, Bytes(12));
   Bytes public_file = public_key_of(good.key, S::length);
-  public_file.resize(v11 ? 280 + 28 * choose(2) : 548);
+  const bool stage2 = v11 && choose(2) == 0;
+  if (stage2)
+    public_file = joined(joined(header_of(sb10_public_key_text), {128, 0, 0, 0}), public_file);
+  public_file.resize(stage2 ? 308 : v11 ? 280 : 548);
   Bytes* parts[] = {&efuse, &bl1, &private_file, &public_file};
   damage(*parts[choose(4)], choose);
   private_file.resize((private_file.size() + 15) / 16 * 16);

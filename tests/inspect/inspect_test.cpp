@@ -8,6 +8,7 @@
 #include "inspect/boot.h"
 #include "inspect/describe.h"
 #include "inspect/escape.h"
+#include "sb20/public_key_info.h"
 #include "sb20/records.h"
 #include "tests/e2e/bench.h"
 
@@ -102,6 +103,23 @@ TEST_P(Inspect, NoticesDamageToKeyFiles) {
       EXPECT_THAT(describe_json(damaged), HasSubstr(R"("sound": false)")) << name << at;
     }
   }
+}
+
+TEST(InspectKeys, MadeUpLengthsProveNothing) {
+  // A proof of 128 bytes has the first 132 bytes of the file for its key. With e = 1 there, an
+  // encoding is its own signature, and the verifier takes it.
+  Bytes file = some_bytes(548);
+  for (const auto& [at, word] : {std::pair{0, 256}, {128, 1}, {260, 4}, {264, 3}, {288, 128}}) {
+    store_le32(&file[static_cast<std::size_t>(at)], static_cast<std::uint32_t>(word));
+  }
+  file[4] |= 1;
+  file[127] |= 0x80;
+  file[259] |= 0x80;
+  const Bytes digest = sha1(slice(file, 0, 288));
+  std::ranges::copy(reversed(pss_encode(slice(file, 0, 128), digest, 20)), &file[292]);
+  Bytes checked = file;
+  EXPECT_EQ(verify_sb20_proof(checked), 0U);
+  EXPECT_THAT(describe_json(file), HasSubstr(R"("proof_of_possession": false)"));
 }
 
 TEST(InspectBuildInfo, IsRecognisedByTagAndZeros) {
