@@ -161,8 +161,8 @@ TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
       {-3, "\n"},
       {-32, ""},
       {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"}};
-  for (const auto& [length, text] : dumps) {
-    EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), length); }), text) << length;
+  for (const auto& dump : dumps) {
+    EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), dump.first); }), dump.second);
   }
   const std::uint32_t words[] = {0, 0xDEADBEEF, 10, 1, 2, 3, 4, 0xFFFFFFFF};
   const std::string rows =
