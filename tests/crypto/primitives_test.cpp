@@ -182,11 +182,9 @@ TEST(AesStatus, OfRoomsAndHeldBytes) {
   EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &count), ZEB_SUCCESS);
   EXPECT_EQ(ZEB_AES_CBC_DecFinal(&c, out, &count), ZEB_SUCCESS);
   EXPECT_EQ(count, 77U);  // nothing to write leaves the count alone
-  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 33, out, &(count = 31)), 0xFFFF0024U);
   EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 33, out, &(count = 32)), ZEB_SUCCESS);
   EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &count), 0xFFFF0042U);
   ZEB_AES_CBC_DecInit(&c);
-  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 48, in, &(count = 31)), 0xFFFF0024U);
   EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 48, in, &(count = 32)), ZEB_SUCCESS);
   EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 16, in, &count), 0xFFFF00FFU);  // one call a message
   for (const std::size_t ragged : {1, 15, 17, 31}) {

@@ -42,7 +42,7 @@ void add_secret(const Bytes& bytes, std::size_t from) {
 void add_key(const char* path, std::int32_t mode, std::size_t d) {
   if (access(path, R_OK) != 0) return;
   Bytes file = read_bytes(path);
-  do_PrivateKey_Decrypt(mode, file.data(), static_cast<std::uint32_t>(file.size()));
+  do_PrivateKey_Decrypt(mode, file.data(), length_of(file));
   add_secret(file, d);
 }
 

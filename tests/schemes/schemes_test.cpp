@@ -77,13 +77,6 @@ TEST(CodeEncryption, RefusesBadParametersAndRaggedCode) {
   const Sealed<V21> made;
   const std::uint8_t* efuse = made.efuse.data();
   Bytes code = some_bytes(33);
-  for (int wrong = 0; wrong < 6; ++wrong) {  // at first nothing
-    std::uint8_t key[16], iv[16];
-    const std::uint32_t key_length = wrong == 3 ? 32 : 16, iv_length = wrong == 4 ? 20 : 16;
-    EXPECT_EQ(Make_AES_Param(efuse, wrong == 5 ? 16 : 20, &made.context, wrong == 1 ? nullptr : key,
-                             &key_length, wrong == 2 ? nullptr : iv, &iv_length),
-              wrong == 0 ? 0 : 0xFFF7A000);
-  }
   EXPECT_EQ(Encrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7C000);
   EXPECT_EQ(code, some_bytes(33));
   EXPECT_EQ(Decrypt_Code(efuse, 20, &made.context, code.data(), 17), 0xFFF7D000);
