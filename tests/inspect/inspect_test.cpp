@@ -227,7 +227,9 @@ TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output, HasSubstr(R"("-\"\\\u000a\ufffdé", "kind": "efuse-data")"));
   EXPECT_THAT(outcome.output, testing::Not(testing::ContainsRegex("ZZ|5a5a|5A5A")));
-  EXPECT_EQ(run("sh -c '" INSPECT_TOOL " --version >/dev/full'").status, 2);
+  const Outcome full = run("sh -c '" INSPECT_TOOL " --version >/dev/full'");
+  EXPECT_EQ(full.status, 2);
+  EXPECT_THAT(full.output, HasSubstr("No space left on device"));
 }
 
 }  // namespace

@@ -137,6 +137,9 @@ TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
     EXPECT_EQ(convert_To_OldPrivateKey(record.data(), 0, out.data()), change == 4 ? 0xFFF7B000 : 0);
     EXPECT_EQ(out, change == 4 ? Bytes(640) : encrypted(1, expected));
   }
+  const Bytes endless(604, 0xFF);
+  Bytes out(640);
+  EXPECT_EQ(convert_To_OldPrivateKey(endless.data(), 0, out.data()), 0xFFF7B000);
 }
 
 template <typename Print>
