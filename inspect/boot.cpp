@@ -1,7 +1,9 @@
 #include "inspect/boot.h"
 
+#include <utility>
+
+#include "inspect/opened_code.h"
 #include "inspect/secured_bl1.h"
-#include "sb20/code_encryption.h"
 
 namespace {
 
@@ -13,14 +15,13 @@ struct Check {
   const char* why_no;
 };
 
-std::vector<Check> make_checks(const SecuredBl1* bl1, ByteView efuse,
+std::vector<Check> make_checks(const SecuredBl1* bl1, bool fuses_match, ByteView efuse,
                                const std::optional<ByteView>& bl2) {
   const char* no_context = "BL1 carries no boot context of either scheme";
   const auto why_not = [&](const char* reason) { return bl1 == nullptr ? no_context : reason; };
   const bool right_length = bl1 != nullptr && efuse.size() == bl1->efuse_length;
   std::vector<Check> checks = {
-      {"fuses", "fuses", bl1 != nullptr && verify_fuses(*bl1, efuse),
-       "they hold the root key that BL1 carries",
+      {"fuses", "fuses", fuses_match, "they hold the root key that BL1 carries",
        why_not(right_length ? "they do not hold the root key that BL1 carries"
                             : "eFuse data of this scheme has another length")},
       {"bl1-signature", "BL1 signature", bl1 != nullptr && verify_bl1_signature(*bl1),
@@ -50,32 +51,32 @@ void add_checks(Report& report, const std::vector<Check>& checks) {
   report.facts.insert(report.facts.end(), lines.begin(), lines.end());
 }
 
-/// Decrypts the code where the scheme encrypts it. @return whether that can be done.
-bool open_code(const SecuredBl1& bl1, ByteView efuse, WritableBytes code) {
-  const auto* context = std::get_if<SB20_CONTEXT>(&bl1.context);
-  return context == nullptr || Decrypt_Code(efuse.data(), length_of(efuse), context, code.data(),
-                                            length_of(code)) == ZEB_SUCCESS;
-}
-
-}  // namespace
-
-Report check_boot(ByteView efuse, WritableBytes bl1, const std::optional<ByteView>& bl2) {
-  const auto found = find_secured_bl1(bl1, efuse.size() == sb10_efuse_length);
-  const std::vector<Check> checks = make_checks(found ? &*found : nullptr, efuse, bl2);
-  Report report;
-  report.facts.push_back(text_fact("scheme", "scheme", found ? found->scheme : nullptr));
-  add_checks(report, checks);
+/// Adds what was computed of the code; nothing was when the fuses do not match.
+void add_code_sha1(Report& report, std::future<std::string> computed) {
   std::string code_sha1;
   std::string why_none = "the fuses do not match";
-  if (checks.front().ok) {
-    if (open_code(*found, efuse, bl1.first(found->code.size()))) {
-      code_sha1 = sha1_hex(found->code);
-    } else {
+  if (computed.valid()) {
+    code_sha1 = computed.get();
+    if (code_sha1.empty()) {
       why_none = "it is no whole number of cipher blocks";
       report.problems.push_back("code: " + why_none + '.');
     }
   }
   report.facts.push_back(sha1_fact("code_sha1", "code", code_sha1, why_none));
+}
+
+}  // namespace
+
+Report check_boot(ByteView efuse, ByteView bl1, const std::optional<ByteView>& bl2) {
+  const auto found = find_secured_bl1(bl1, efuse.size() == sb10_efuse_length);
+  const bool fuses_match = found && verify_fuses(*found, efuse);
+  // The code is hashed while the signature check hashes it as stored.
+  std::future<std::string> code_sha1;
+  if (fuses_match) code_sha1 = start_opened_code_sha1(*found, efuse);
+  Report report;
+  report.facts.push_back(text_fact("scheme", "scheme", found ? found->scheme : nullptr));
+  add_checks(report, make_checks(found ? &*found : nullptr, fuses_match, efuse, bl2));
+  add_code_sha1(report, std::move(code_sha1));
   report.facts.push_back(problems_fact(report.problems));
   // The verdict stands before its reasons.
   const Fact verdict = yes_no_fact("boots", "boots", report.problems.empty(), "");

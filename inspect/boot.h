@@ -5,6 +5,5 @@
 #include "inspect/report.h"
 
 /// Whether a device with these fuses boots this first stage and, when it is given, this second
-/// stage. Each check is made whatever the others say. The code in `bl1` is decrypted in place when
-/// the fuses match.
-Report check_boot(ByteView efuse, WritableBytes bl1, const std::optional<ByteView>& bl2);
+/// stage. Each check is made whatever the others say.
+Report check_boot(ByteView efuse, ByteView bl1, const std::optional<ByteView>& bl2);

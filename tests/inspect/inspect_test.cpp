@@ -206,6 +206,18 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
                 hex(sha1(read_bytes("BL1.bin"))) + R"(", "problems": []})");
 }
 
+TEST_P(Inspect, ShowsTheCodeOfALongImage) {
+  const auto code_sha1 = [&] {
+    const std::string json = to_json(check_boot(read_bytes(s.efuse), read_bytes("out"), {}));
+    return json.substr(json.find("code_sha1") + 13, 40);
+  };
+  for (const std::size_t length : {16384, 32768 + 16, 100000}) {
+    write_bytes("BL1.bin", some_bytes(length));
+    ASSERT_EQ(run(full_tool + " " + s.option + " " + seal1).status, 0);
+    EXPECT_EQ(code_sha1(), hex(sha1(some_bytes(length))));
+  }
+}
+
 TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
   const WorkingDirectory here;
   const std::string odd = "-\"\\\n\xff\xc3\xa9", quoted = "'" + odd + "'";

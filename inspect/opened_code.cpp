@@ -1,0 +1,78 @@
+#include "inspect/opened_code.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "crypto/aes_cbc.h"
+#include "crypto/sha1.h"
+#include "crypto/wipe.h"
+#include "inspect/public_key.h"
+#include "sb20/code_encryption.h"
+
+namespace {
+
+constexpr std::size_t key_length = 16;             // bytes
+constexpr std::size_t piece_length = 16UL * 1024;  // whole blocks; stays in the nearest cache
+
+/// Sets the code's key. @return whether that can be done; `iv` is then that of the first block.
+bool set_up_cipher(AesCbcContext& cipher, std::uint8_t (&iv)[aes_block_length],
+                   const SB20_CONTEXT& context, ByteView efuse) {
+  std::uint8_t key[key_length];
+  const WipeOnExit key_guard(key);
+  const std::uint32_t key_size = sizeof key;
+  const std::uint32_t iv_size = sizeof iv;
+  return Make_AES_Param(efuse.data(), length_of(efuse), &context, key, &key_size, iv, &iv_size) ==
+             ZEB_SUCCESS &&
+         ZEB_AES_SetInfo(&cipher, AES_USE_DEFAULT, key, key_size, nullptr, 0, AES_PADDING_NONE,
+                         0) == ZEB_SUCCESS;
+}
+
+/// Decrypts a piece of the code in place. `iv` is the ciphertext block before it.
+bool open_piece(AesCbcContext& cipher, const std::uint8_t (&iv)[aes_block_length],
+                WritableBytes piece) {
+  return ZEB_AES_SetInfo(&cipher, AES_USE_KEEP, nullptr, 0, iv, sizeof iv, 0, 0) == ZEB_SUCCESS &&
+         ZEB_AES_CBC_DecInit(&cipher) == ZEB_SUCCESS &&
+         aes_cbc_decrypt_message(&cipher, piece.data(), length_of(piece)) == ZEB_SUCCESS;
+}
+
+/// Piece by piece, so that no copy of the whole code is made.
+std::string decrypted_sha1(const SB20_CONTEXT& context, ByteView efuse, ByteView code) {
+  AesCbcContext cipher;
+  const WipeOnExit cipher_guard(cipher);
+  std::uint8_t iv[aes_block_length];
+  if (!set_up_cipher(cipher, iv, context, efuse)) return {};
+  ZEB_SHA1 hash = {};
+  const WipeOnExit hash_guard(hash);
+  ZEB_SHA1_Init(&hash);
+  std::uint8_t opened[piece_length];
+  const WipeOnExit opened_guard(opened);
+  while (!code.empty()) {
+    const ByteView piece = code.first(std::min(piece_length, code.size()));
+    std::ranges::copy(piece, opened);
+    if (!open_piece(cipher, iv, {opened, piece.size()})) return {};
+    ZEB_SHA1_Update(&hash, opened, length_of(piece));
+    std::ranges::copy(piece.last(sizeof iv), iv);
+    code = code.subspan(piece.size());
+  }
+  std::uint8_t digest[sha1_digest_length];
+  ZEB_SHA1_Final(&hash, digest);
+  return to_hex(digest);
+}
+
+}  // namespace
+
+std::string opened_code_sha1(const SecuredBl1& bl1, ByteView efuse) {
+  const auto* context = std::get_if<SB20_CONTEXT>(&bl1.context);
+  if (context == nullptr) return sha1_hex(bl1.code);
+  if (bl1.code.size() % aes_block_length != 0) return {};
+  return decrypted_sha1(*context, efuse, bl1.code);
+}
+
+std::future<std::string> start_opened_code_sha1(const SecuredBl1& bl1, ByteView efuse) {
+  const auto task = [&bl1, efuse] { return opened_code_sha1(bl1, efuse); };
+  try {
+    return std::async(std::launch::async, task);
+  } catch (const std::system_error&) {
+    return std::async(std::launch::deferred, task);
+  }
+}
