@@ -116,7 +116,9 @@ int write_and_close(Output output, const std::uint8_t* source, std::int32_t coun
   std::setvbuf(file, stream_buffer.get(), _IOFBF, stream_buffer_length);
   write_in_blocks(file, source, count);
   const int result = std::fclose(file);
-  explicit_bzero(stream_buffer.get(), stream_buffer_length);  // it may have held a secret
+  // What was used of the buffer may have held a secret; the rest is never touched.
+  const auto used = std::min(static_cast<std::size_t>(std::max(count, 0)), stream_buffer_length);
+  explicit_bzero(stream_buffer.get(), used);
   return result;
 }
 
