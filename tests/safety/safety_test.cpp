@@ -1,12 +1,11 @@
 // Commands run inside the test program, to see what cannot be seen from outside.
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <ucontext.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <set>
 
@@ -28,8 +27,10 @@ using Words = std::vector<const char*>;
 
 constexpr std::size_t run_length = 16;  // so many bytes of a secret must not be found
 constexpr std::size_t stack_length = 1 << 20;
-std::set<std::string>* secrets = nullptr;  // on the heap, which is not searched
-char* stack = nullptr;
+// On the heap, which is not searched.
+std::set<std::string>* secrets = nullptr;
+char* stack = nullptr;            // a copy of it
+const char* stack_end = nullptr;  // where the command started
 
 void add_secret(const Bytes& bytes, std::size_t from) {
   for (std::size_t i = from; i + run_length <= bytes.size(); ++i) {
@@ -65,6 +66,7 @@ int found(const char* from, const char* to) {
 /// Runs after the handlers that the command has registered. Ends with 1 for a secret on the stack,
 /// 2 for one in static data, 3 for both; 4 when there was none to look for.
 void search() {
+  std::memcpy(stack, stack_end - stack_length, stack_length);  // before anything covers it
   constexpr std::size_t d20 = offsetof(Sb20PrivateKeyFile, d);
   constexpr std::size_t d10 = offsetof(Sb10PrivateKeyItems, d);
   secrets = new std::set<std::string>;
@@ -81,22 +83,16 @@ void run(const Words& words) {
   run_main(static_cast<int>(words.size()), words.data(), {sb10_main, sb20_main, print_SB20_Usage});
 }
 
-/// Does the work in a process of its own, on a stack of its own, and searches what it leaves.
-int remains_of(std::function<void()> work) {
+/// Does the work in a process of its own and searches what it leaves.
+int remains_of(const std::function<void()>& work) {
   const pid_t child = fork();
   if (child == 0) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(5);
-    stack = static_cast<char*>(
-        mmap(nullptr, stack_length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    stack = new char[stack_length];
+    const char start = 0;
+    stack_end = &start;
     std::atexit(search);
-    static ucontext_t back, there;
-    static const std::function<void()>* const job = &work;
-    getcontext(&there);
-    there.uc_stack = {stack, 0, stack_length};
-    there.uc_link = &back;
-    makecontext(
-        &there, [] { (*job)(); }, 0);
-    swapcontext(&back, &there);
+    work();
     std::exit(0);
   }
   int status = 0;
