@@ -11,6 +11,20 @@ struct Command {
   std::vector<std::string> inputs;
 };
 
+/// The rows that a row with lists in it, such as "a 1,2", stands for.
+std::vector<std::string> expand(const std::string& row) {
+  const std::size_t comma = row.substr(0, row.find('#')).find(',');
+  if (comma == std::string::npos) return {row};
+  const std::size_t from = row.rfind(' ', comma) + 1, to = row.find(' ', comma);
+  std::istringstream list(row.substr(from, to - from));
+  std::vector<std::string> rows;
+  for (std::string item; std::getline(list, item, ',');) {
+    std::ranges::copy(expand(row.substr(0, from) + item + row.substr(to)),
+                      std::back_inserter(rows));
+  }
+  return rows;
+}
+
 class Input : public Bench {
  protected:
   const std::vector<std::string> for_stage1 = {"BL1.bin", s.stage2_public, s.root_private,
@@ -22,12 +36,12 @@ class Input : public Bench {
       {"check1", {"sealed1" + verify1, line("verified", 1), 1, {"sealed1", s.efuse}}},
       {"check_p", {"sealed_p" + verify1, line("verified", 1), 1, {"sealed_p", s.efuse}}},
       {"check2", {"sealed2" + verify2, line("verified", 2), 2, {"sealed2", public_key}}}};
-  std::map<std::string, std::string> files = {{"efuse", s.efuse},
-                                              {"root_info", s.root_info},
-                                              {"root_private", s.root_private},
-                                              {"stage2_public", s.stage2_public},
-                                              {"public_key", public_key},
-                                              {"private_key", private_key}};
+  const std::map<std::string, std::string> files = {{"efuse", s.efuse},
+                                                    {"root_info", s.root_info},
+                                                    {"root_private", s.root_private},
+                                                    {"stage2_public", s.stage2_public},
+                                                    {"public_key", public_key},
+                                                    {"private_key", private_key}};
 
   /// Changes a file, a private-key file under its encryption when asked to.
   template <typename Change>
@@ -37,52 +51,49 @@ class Input : public Bench {
     if (encrypted) do_PrivateKey_Encrypt(s.key_file_mode, bytes.data(), length_of(bytes));
     write_bytes(name, bytes);
   }
-  static std::vector<std::uint32_t> numbers_in(const std::string& list) {
-    std::vector<std::uint32_t> numbers;
-    std::istringstream in(list);
-    for (std::string number; std::getline(in, number, ',');) {
-      numbers.push_back(static_cast<std::uint32_t>(std::stoul(number, nullptr, 0)));
-    }
-    return numbers;
+  /// Damages a file in one of the ways of bad_input.txt.
+  void damage_file(const std::string& name, std::string how, std::uint32_t place,
+                   std::uint32_t value) const {
+    const bool encrypted = how.starts_with("key-");
+    if (encrypted) how.erase(0, 4);
+    edit(name, encrypted, [&](Bytes& bytes) {
+      if (how == "size") bytes.resize(value);
+      if (how == "bit") bytes.at(place) ^= 0x80;
+      if (how == "word") store_le32(&bytes.at(place), value);
+      if (how == "noise") bytes = some_bytes(bytes.size());
+      if (how == "other") bytes = device(1).at(name);
+    });
+    if (how == "gone" || how == "directory" || how == "pipe") std::filesystem::remove(name);
+    if (how == "directory") std::filesystem::create_directory(name);
+    if (how == "pipe") mkfifo(name.c_str(), 0600);
   }
 };
 RUN_FOR_BOTH_SCHEMES(Input);
 
 TEST_P(Input, DamagedFilesEndAsListed) {
-  std::ifstream rows(TEST_DATA "/bad_input.txt");
+  std::ifstream file(TEST_DATA "/bad_input.txt");
   int count = 0;
-  for (std::string row; std::getline(rows, row);) {
-    std::istringstream in(row);
-    std::string scheme, file, damage, places, values, word, status, text;
-    in >> scheme >> file >> damage >> places >> values >> word >> status >> text;
-    if (scheme != s.name && scheme != "both") continue;
-    SCOPED_TRACE(row);
-    const std::string name = files.contains(file) ? files[file] : file;
-    const auto& [command, success, stage, inputs] = commands.at(word);
-    const bool encrypted = damage.starts_with("key-");
-    if (encrypted) damage.erase(0, 4);
-    for (const std::uint32_t place : numbers_in(places)) {
-      for (const std::uint32_t value : numbers_in(values)) {
-        edit(name, encrypted, [&](Bytes& bytes) {
-          if (damage == "size") bytes.resize(value);
-          if (damage == "bit") bytes.at(place) ^= 0x80;
-          if (damage == "word") store_le32(&bytes.at(place), value);
-          if (damage == "noise") bytes = some_bytes(bytes.size());
-          if (damage == "other") bytes = device(1).at(name);
-        });
-        const int end = status == "abort" ? -SIGABRT : std::stoi(status);
-        if (text == "success") expect_run(command, end, success);
-        if (text != "success") {
-          const int said_by = text == "popp" ? 0 : stage;
-          expect_failure(command, end, text == "silence" ? "" : line(text, said_by));
-        }
-        std::filesystem::remove("out");
-        restore();
-        ++count;
-      }
+  for (std::string lists; std::getline(file, lists);) {
+    for (const std::string& row : expand(lists)) {
+      std::istringstream in(row);
+      in.unsetf(std::ios::basefield);
+      std::string scheme, name, damage, word, status, text;
+      std::uint32_t place = 0, value = 0;
+      in >> scheme >> name >> damage >> place >> value >> word >> status >> text;
+      if (scheme != s.name && scheme != "both") continue;
+      SCOPED_TRACE(row);
+      damage_file(files.contains(name) ? files.at(name) : name, damage, place, value);
+      const Command& command = commands.at(word);
+      const std::string said = text == "silence" ? "" : line(text);
+      const int end = status == "abort" ? -SIGABRT : std::stoi(status);
+      if (said == command.success) expect_run(command.line, end, said);
+      if (said != command.success) expect_failure(command.line, end, said);
+      std::filesystem::remove("out");
+      restore();
+      ++count;
     }
   }
-  EXPECT_GT(count, 100);
+  EXPECT_GT(count, 130);
 }
 
 TEST_P(Input, TheProofOfPossessionIsCheckedBeforeAnythingElse) {
@@ -91,20 +102,8 @@ TEST_P(Input, TheProofOfPossessionIsCheckedBeforeAnythingElse) {
   expect_failure(seal1, 144, line("popp"));
 }
 
-TEST_P(Input, FilesThatCannotBeRead) {
-  for (const auto& [word, command] : commands) {
-    if (s.is_v11() && word == "seal_p") continue;
-    for (const std::string& input : command.inputs) {
-      for (const int instead : {0, 1, 2}) {  // nothing, a directory, a pipe
-        std::filesystem::remove(input);
-        if (instead == 1) std::filesystem::create_directory(input);
-        ASSERT_TRUE(instead != 2 || mkfifo(input.c_str(), 0600) == 0);
-        expect_failure(command.line, 255, line("open_error"));
-      }
-      restore();
-    }
-  }
-  // With its signature this image would pass 2^31 - 1 bytes; the file is a hole.
+// With its signature it would pass 2^31 - 1 bytes; the file is a hole.
+TEST_P(Input, AnImageThatIsTooLong) {
   std::filesystem::resize_file("BL2.bin", (1U << 31) - s.length);
   expect_run(seal2, 255, line("open_error"));
   EXPECT_FALSE(std::filesystem::exists("out"));
@@ -168,18 +167,12 @@ TEST_P(Input, CommandsEndAsListed) {
 }
 
 TEST(Programs, TheClientHoldsNoCodeOfTheRootKey) {
-  const std::string full = run(SYMBOL_LISTER " -C " + full_tool).output;
-  const std::string client = run(SYMBOL_LISTER " -C " + client_tool).output;
-  for (const std::string scheme : {"sb10", "sb20"}) {
-    EXPECT_NE(full.find(" T " + scheme + "_Generate_Stage1("), std::string::npos);
-    EXPECT_NE(client.find(" T " + scheme + "_Generate_Stage2("),
-              std::string::npos);  // not stripped
-  }
-  for (const char* name :
-       {"_Generate_Stage1(", "Check_SB20_Context(", "Validate_SB20_PublicKeyInfo(", "Encrypt_Code(",
-        "Check_SB10_Context(", "mk_BL_Info("}) {
-    EXPECT_EQ(client.find(name), std::string::npos) << name;
-  }
+  const auto count = [](const std::string& tool, const std::string& names) {
+    return run("sh -c '" SYMBOL_LISTER " -C " + tool + " | grep -cE \"" + names + "\"'").output;
+  };
+  EXPECT_EQ(count(full_tool, " T sb[12]0_Generate_Stage1[(]"), "2\n");
+  EXPECT_EQ(count(client_tool, " T sb[12]0_Generate_Stage2[(]"), "2\n");  // not stripped
+  EXPECT_EQ(count(client_tool, "_Generate_Stage1|Check_SB|Validate_SB|Encrypt_Code|mk_BL"), "0\n");
 }
 
 // The same 150 runs of a scheme each time. For more, and others:
