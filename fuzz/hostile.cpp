@@ -56,9 +56,7 @@ void verify_signature(const Choose& choose) {
 
 /// What a stage-2 file of scheme 1.1 starts with.
 Bytes header_of(const std::string& text) {
-  Bytes header = joined({28, 0, 0, 0}, bytes_of(text));
-  header.resize(36);
-  return header;
+  return padded(joined(bytes_of(28U), text), 36);
 }
 
 template <typename S>
@@ -71,8 +69,7 @@ void inspect_files(const Choose& choose) {
       v11 ? joined(header_of(sb10_private_key_text), good.list) : joined(good.list, Bytes(12));
   Bytes public_file = public_key_of(good.key, S::length);
   const bool stage2 = v11 && choose(2) == 0;
-  if (stage2)
-    public_file = joined(joined(header_of(sb10_public_key_text), {128, 0, 0, 0}), public_file);
+  if (stage2) public_file = joined(header_of(sb10_public_key_text), bytes_of(128U), public_file);
   public_file.resize(stage2 ? 308 : v11 ? 280 : 548);
   Bytes* parts[] = {&efuse, &bl1, &private_file, &public_file};
   damage(*parts[choose(4)], choose);

@@ -199,6 +199,11 @@ TEST(Bn, EqualLengthsReduceNothingAndPowerZeroIsOne) {
   }
 }
 
+TEST(Bn, NothingIsInvertedModuloTooWideANumber) {
+  const Number one = Big(1).digits(67);
+  EXPECT_EQ(zeb_bn_Euclid(nullptr, one.data(), one.data(), 67), 0xFFFF0000U);
+}
+
 TEST(Bn, OctetStringsCountOctetsOneWayAndDigitsTheOther) {
   const Bytes string = {0, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88};
   Bytes back(8);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "crypto/key_items.h"
 #include "tests/support/keys.h"
 
@@ -18,29 +16,21 @@ std::uint32_t bytes_drawn() {
   return suCount * prng_block_length - (prng_block_length - uIndexRandPool);
 }
 
-// Primes 2^bits - below on both sides of each bound; the last two do not fill their digits.
 TEST(Prime, TestsOneBaseMoreThanTheTableSays) {
-  const struct {
-    std::uint32_t bits, below, bases;
-  } cases[] = {{96, 17, 36},   {128, 159, 26}, {192, 237, 22}, {224, 63, 18},   {288, 167, 14},
-               {320, 197, 10}, {480, 47, 10},  {512, 569, 9},  {576, 789, 9},   {608, 527, 7},
-               {800, 105, 7},  {832, 143, 6},  {1248, 635, 6}, {1280, 1175, 4}, {2048, 1942289, 4},
-               {61, 1, 36},    {521, 1, 9}};
-  for (const auto& [bits, below, bases] : cases) {
-    const std::uint32_t digits = (bits + digit_bits - 1) / digit_bits;
-    const Big prime = power(2, bits, Big::unit(digits + 1)) - below;
+  for (const auto& row : read_vectors("prime")) {
+    const std::uint64_t bits = from_big_endian(row[0]);
+    const std::uint64_t digits = (bits + digit_bits - 1) / digit_bits;
+    const Big prime = power(2, bits, Big::unit(digits + 1)) - reversed(row[1]);
     set_generator(5);
     EXPECT_TRUE(is_taken_as_prime(prime.digits(digits))) << bits;
-    EXPECT_EQ(bytes_drawn(), bases * digit_bytes * digits) << bits;
+    EXPECT_EQ(bytes_drawn(), row[2][0] * digit_bytes * digits) << bits;
   }
 }
 
 // Primes that divide an entry of the screening table are refused without drawing a base. A base is
 // not reduced first, so a small prime can meet a multiple of itself and be refused by chance.
 TEST(Prime, ScreensByTheTableAndLeavesTheRestToTheBases) {
-  const std::set<Digit> screened = {3,   5,   7,   11,  13,  31,  37,  43,  47,  53,  59,
-                                    61,  67,  71,  73,  79,  83,  101, 199, 211, 223, 227,
-                                    229, 233, 239, 241, 293, 521, 613, 757, 773};
+  const std::vector<Bytes> screened = read_vectors("screened").at(0);
   int accepted = 0;
   for (Digit number = 0; number < 1000; ++number) {
     set_generator(static_cast<std::uint8_t>(number));
@@ -48,7 +38,7 @@ TEST(Prime, ScreensByTheTableAndLeavesTheRestToTheBases) {
       ++accepted;
       EXPECT_TRUE(Big(number).is_prime()) << number;
     }
-    const auto divides = [&](Digit prime) { return number % prime == 0; };
+    const auto divides = [&](const Bytes& prime) { return number % from_big_endian(prime) == 0; };
     const bool needs_no_base =
         number < 2 || number % 2 == 0 || std::any_of(screened.begin(), screened.end(), divides);
     EXPECT_EQ(bytes_drawn() == 0, needs_no_base) << number;

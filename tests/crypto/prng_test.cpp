@@ -78,7 +78,7 @@ TEST(Prng, OutputAndStateFollowTheAlgorithm) {
   std::mt19937_64 engine(14);
   Model model;
   const auto expect_same = [&](std::uint32_t length) {
-    const Bytes expected = joined(model.draw(length), {0xEE});
+    const Bytes expected = joined(model.draw(length), Bytes{0xEE});
     Bytes bytes(length + 1, 0xEE);
     ASSERT_EQ(ZEB_SHA1_PRNG_Rand(length, bytes.data()), ZEB_SUCCESS);
     ASSERT_EQ(bytes, expected) << length;

@@ -85,42 +85,25 @@ TEST_P(Rsa, AnySaltLengthVerifiesThatLeavesThePrefixZero) {
   }
 }
 
-TEST_P(Rsa, OnlyTheTopBitOfAnEncodingIsNotChecked) {
-  // The mask is an XOR and the hash covers the salt alone, so a changed bit is just that.
-  const std::size_t hash = length - 21;
-  const auto expect_refused = [&](std::size_t salt, std::size_t at, std::uint8_t change) {
-    Bytes encoded = pss_encode(key[0], digest, salt);
-    encoded.at(at) ^= change;
-    expect_status(raise(encoded), 0xFFF20090);
-  };
-  expect_refused(3, length - 1, 1);  // the trailer
-  expect_refused(3, hash, 1);
-  expect_refused(3, length - 2, 1);    // end of the hash
-  expect_refused(3, hash - 3 - 1, 3);  // 2 for a separator
-  expect_refused(3, hash - 3 - 2, 1);  // 1 before it
-  expect_refused(0, hash - 1, 1);      // none before the hash
-  // Nor is one seen in a hash that starts with 1.
-  Bytes other = message, encoded;
-  for (std::size_t i = 0; encoded.empty() || encoded[hash] != 1; ++i) {
-    ++other[i % 300];
-    encoded = pss_encode(key[0], sha1(other), 0);
-  }
-  encoded[hash - 1] ^= 1;
-  EXPECT_EQ(verify(true, public_key, other, raise(encoded)), 0xFFF20090);
-  do {
-    encoded = pss_encode(key[0], digest, 20);
-    encoded[0] |= 0x80;
-  } while (!(Big(reversed(encoded)) < key[0]));
-  expect_status(raise(encoded), ZEB_SUCCESS);
-  EXPECT_FALSE(pss_verify(key[0], key[1], digest, raise(encoded)));
-}
-
 // With e = 1 an encoding is its own signature under any larger modulus.
-TEST_P(Rsa, RefusesAModulusWithItsTopBitClear) {
-  const Bytes signature = reversed(pss_encode(key[0], digest, 20));
-  const Big low = Big::unit(length / 4) / 2 - 1;
-  EXPECT_EQ(verify(true, public_key_of({key[0], 1}, length), message, signature), ZEB_SUCCESS);
-  EXPECT_EQ(verify(true, public_key_of({low, 1}, length), message, signature), 0xFFF20090U);
+TEST_P(Rsa, OnlyTheTopBitOfAnEncodingIsNotChecked) {
+  const Key widest = {Big::unit(length / 4) - 1, 1};
+  for (const std::size_t salt : {0, 3, 20}) {
+    Bytes other = message, encoded;
+    do {  // a hash that starts with 1 could be taken for the separator where that is missing
+      ++other[other[0] % 3];
+      encoded = pss_encode(widest[0], sha1(other), salt);
+    } while (encoded[length - 21] != 1);
+    const Bytes signature = reversed(encoded);
+    for (std::size_t bit = 0; bit < 8 * length; ++bit) {
+      Bytes changed = signature;
+      changed[bit / 8] ^= static_cast<std::uint8_t>(1 << bit % 8);
+      const Status expected = bit + 1 == 8 * length ? 0 : 0xFFF20090;
+      ASSERT_EQ(verify(true, public_key_of(widest, length), other, changed), expected) << bit;
+    }
+    const Key narrow = {Big::unit(length / 4) / 2 - 1, 1};
+    EXPECT_EQ(verify(true, public_key_of(narrow, length), other, signature), 0xFFF20090U);
+  }
 }
 
 // The second wrapper takes the digit counts of a 256-byte key from its length fields, the first
@@ -158,16 +141,12 @@ TEST_P(Rsa, RefusesBadLengthsAndKeys) {
     sign(true, mode, list, {}, 0xFFF40070);
     const std::size_t read = crt ? list.size() : 2 * (4 + length);
     for (std::size_t cut = 0; cut < read; cut += 1 + cut % 61) refuse(slice(list, 0, cut));
-    const Big low = Big::unit(length / 4) / 2 - 1, low_half = Big::unit(length / 8) / 2 - 1;
-    refuse_with(0, low, length);
-    refuse_with(0, 0, 0);
     refuse_with(0, Big::unit(65) - 1, 65 * 4);
     refuse_with(0, Big::unit(67) - 1, 67 * 4);
     const Big small = Big::unit(2) - 1;  // no room for an encoding
     refuse(key_list({Big::unit(4) - 1, 3, 5, small, small, 1, 1, 1}, full_widths(16), crt));
     for (const std::size_t prime : {3U, 4U}) {
       if (!crt) continue;
-      refuse_with(prime, low_half, length / 2);
       refuse_with(prime, Big::unit(length / 8 - 1) - 1, length / 2 - 4);
       refuse_with(prime, Big::unit(length / 8 + 1) - 1, length / 2 + 4);
     }

@@ -40,15 +40,19 @@ TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
   }
   EXPECT_TRUE(after == before);
   // The owner's alone are new files and those that replace one which was not.
-  for (const std::string& name : {longest + s.private_suffix, s.root_private, s.efuse}) {
-    if (s.is_v11() && name == s.efuse) continue;  // protects no secret
-    EXPECT_EQ(std::filesystem::status(name).permissions(), std::filesystem::perms(0600)) << name;
+  const auto mode = [](const std::string& name) {
+    return std::filesystem::status(name).permissions();
+  };
+  for (const std::string& name : {longest + s.private_suffix, s.root_private}) {
+    EXPECT_EQ(mode(name), std::filesystem::perms(0600)) << name;
   }
+  EXPECT_EQ(mode(s.root_info), mode("BL1.bin"));
+  EXPECT_EQ(mode(s.efuse), mode(s.is_v11() ? "BL1.bin" : s.root_private));  // no secret in V11
 }
 
 TEST_P(Road, KeyFilesHoldAProvenKey) {
   const auto header = [&](const std::string& text, std::uint32_t length) {
-    return joined(joined(bytes_of(28U), padded(bytes_of(text), 28)), bytes_of(length));
+    return joined(bytes_of(28U), padded(Bytes(text.begin(), text.end()), 28), bytes_of(length));
   };
   for (const bool is_root : {true, false}) {
     SCOPED_TRACE(is_root ? "root key" : "stage-2 key");
@@ -106,9 +110,9 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
     if (more != 0) {  // in the clear
       const std::uint32_t made = load_le32(&out[length + 4]);
       EXPECT_TRUE(made >= before && made <= static_cast<std::uint32_t>(std::time(nullptr)));
-      const Bytes words = joined(joined(bytes_of(0U), bytes_of(made)), bytes_of(0U));
+      const std::string tag = "Vextral T.QRV Stage2Key";
       EXPECT_EQ(slice(out, length, 48),
-                padded(joined(words, bytes_of(std::string("Vextral T.QRV Stage2Key"))), 48));
+                padded(joined(bytes_of(0U), bytes_of(made), bytes_of(0U), tag), 48));
     }
     const Bytes context = slice(out, length + more, s.context_length);
     EXPECT_TRUE(accepts(root, s.root, slice(out, 0, length + more + s.key_length()),

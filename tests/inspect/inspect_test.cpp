@@ -192,7 +192,7 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
                          device(1).at("sealed2")};
   for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), "-++-");
   EXPECT_EQ(verdicts(other, bl1, bl2), "--++");
-  EXPECT_EQ(verdicts(joined(efuse, {0}), bl1, bl2), "--++");
+  EXPECT_EQ(verdicts(joined(efuse, Bytes(1)), bl1, bl2), "--++");
   EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2), "----");
   Bytes swapped = bl1;  // to a stage-2 key that the root key has not vouched for
   const Bytes foreign = slice(device(1).at("sealed1"), context, s.key_length());
@@ -207,14 +207,11 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
 }
 
 TEST_P(Inspect, ShowsTheCodeOfALongImage) {
-  const auto code_sha1 = [&] {
-    const std::string json = to_json(check_boot(read_bytes(s.efuse), read_bytes("out"), {}));
-    return json.substr(json.find("code_sha1") + 13, 40);
-  };
   for (const std::size_t length : {16384, 32768 + 16, 100000}) {
     write_bytes("BL1.bin", some_bytes(length));
     ASSERT_EQ(run(full_tool + " " + s.option + " " + seal1).status, 0);
-    EXPECT_EQ(code_sha1(), hex(sha1(some_bytes(length))));
+    EXPECT_THAT(to_json(check_boot(read_bytes(s.efuse), read_bytes("out"), {})),
+                HasSubstr(hex(sha1(some_bytes(length)))));
   }
 }
 

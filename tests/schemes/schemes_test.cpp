@@ -1,7 +1,6 @@
 #include "tests/support/schemes.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "crypto/mem.h"
@@ -64,10 +63,10 @@ TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
   EXPECT_EQ(tried.check(), 0xFFF30090);
   EXPECT_EQ(bytes_of(tried.context.signature), Bytes(S::length));
   // Nothing covers the end, and no check reads it.
-  const Bytes magic =
-      joined(bytes_of(std::string(S::length == 256 ? "SB20_CONTEXT" : "SB10_CONTEXT")), Bytes(4));
-  const Bytes fill(sizeof good.context.fill, 0xAA), all = bytes_of(good.context);
-  EXPECT_EQ(slice(all, all.size() - fill.size() - 16, 16 + fill.size()), joined(magic, fill));
+  const std::string magic = S::length == 256 ? "SB20_CONTEXT" : "SB10_CONTEXT";
+  const Bytes all = bytes_of(good.context), fill(sizeof good.context.fill, 0xAA);
+  const Bytes end = joined({}, magic, Bytes(4), fill);
+  EXPECT_EQ(slice(all, all.size() - end.size(), end.size()), end);
   const std::uint8_t* list = good.list.data();
   EXPECT_EQ(S::generate(list, 9, nullptr, nullptr, 0, &tried.context), 0xFFF60031);
   EXPECT_EQ(S::generate(list, 9, nullptr, list, 1, &tried.context), 0xFFF40000);
@@ -122,24 +121,23 @@ TEST(PrivateKeyFile, ProtectionNeverChanges) {
 
 TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
   constexpr std::uint32_t slots[] = {128, 128, 64, 64, 64, 64, 64};
-  const Bytes text = bytes_of(std::string("1.0, Priv, RSA-1024, CRT"));
-  const Bytes header = joined(joined(bytes_of(28U), padded(text, 28)), bytes_of(604U));
-  for (std::size_t i = 0; i < 7 * 3; ++i) {
-    const std::uint32_t change = std::array{0U, 4U, -4U}[i % 3];    // of one item's length
-    const std::size_t shorter = change == 4 ? (i / 3 + 1) % 7 : 7;  // of the same list's
+  const std::string text = "1.0, Priv, RSA-1024, CRT";
+  const Bytes header = joined(bytes_of(28U), text, Bytes(4), bytes_of(604U));
+  for (int i = 0; i < 2 * 7; ++i) {  // each item as long as its slot, then longer
+    const bool fits = i % 2 == 0;
     Bytes record, expected = header, out(640);
-    for (std::size_t k = 0; k < 7; ++k) {
-      const std::uint32_t length = slots[k] + (k == i / 3 ? change : 0) - (k == shorter ? 4 : 0);
+    for (int k = 0; k < 7; ++k) {
+      const std::uint32_t length = k != i / 2 ? 8 : fits ? slots[k] : slots[k] + 4;
       const Bytes item = joined(bytes_of(length), some_bytes(length));
       record = joined(record, item);
       expected = joined(expected, padded(item, 4 + slots[k]));
     }
-    EXPECT_EQ(convert_To_OldPrivateKey(record.data(), 0, out.data()), change == 4 ? 0xFFF7B000 : 0);
-    EXPECT_EQ(out, change == 4 ? Bytes(640) : encrypted(1, expected));
+    EXPECT_EQ(convert_To_OldPrivateKey(padded(record, 604).data(), 0, out.data()),
+              fits ? 0 : 0xFFF7B000);
+    EXPECT_EQ(out, fits ? encrypted(1, expected) : Bytes(640));
   }
-  const Bytes endless(604, 0xFF);
   Bytes out(640);
-  EXPECT_EQ(convert_To_OldPrivateKey(endless.data(), 0, out.data()), 0xFFF7B000);
+  EXPECT_EQ(convert_To_OldPrivateKey(Bytes(604, 0xFF).data(), 0, out.data()), 0xFFF7B000);
 }
 
 template <typename Print>
@@ -151,49 +149,24 @@ std::string printed_by(Print print) {
 
 TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
   const Bytes bytes = parse_hex("0F1E2D3C4B5A69788796A5B4C3D2E1F0A5");
-  const std::pair<std::int32_t, std::string> dumps[] = {
-      {0, ""},
-      {3, "0F1E2D\n"},
-      {-3, "\n"},
-      {-32, ""},
-      {17, "0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\n"}};
-  for (const auto& dump : dumps) {
-    EXPECT_EQ(printed_by([&] { mem_dump(bytes.data(), dump.first); }), dump.second);
-  }
   const std::uint32_t words[] = {0, 0xDEADBEEF, 10, 1, 2, 3, 4, 0xFFFFFFFF};
-  const std::string rows =
-      "title\n0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n"
-      "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n";
-  for (const std::int32_t count : {0, 1, 4, 5}) {
-    EXPECT_EQ(printed_by([&] { print_DWORD("title", words, count); }),
-              rows.substr(0, count == 0  ? 6
-                             : count < 5 ? 55
-                                         : rows.size()));
-  }
-}
-
-TEST(Files, ReaderKeepsAskingAShortFile) {
-  const WorkingDirectory here;
-  write_bytes("file", some_bytes(4));
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(60);
-    Bytes read(10);
-    _exit(read_file("file", read.data(), 10) == 0 && read == read_bytes("file") ? 0 : 1);
-  }
-  usleep(100'000);
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);  // still at it
-  ASSERT_EQ(system("echo more >> file"), 0);
-  ASSERT_EQ(system("echo >> file"), 0);
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+  const std::string row = "0x00000000, 0xDEADBEEF, 0x0000000A, 0x00000001, \n";
+  EXPECT_EQ(printed_by([&] {
+              for (const int length : {0, 3, -3, -32, 17}) mem_dump(bytes.data(), length);
+              for (const int count : {0, 1, 4, 5}) print_DWORD("words", words, count);
+            }),
+            "0F1E2D\n\n0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\nwords\nwords\n" + row + "words\n" +
+                row + "words\n" + row + "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n");
 }
 
 TEST(Files, EndsThatCommandsNeverMeet) {
   const WorkingDirectory here;
   write_bytes("file", some_bytes(10));
   Bytes read(11);
+  EXPECT_EQ(read_file("file", read.data(), 10), 0);
+  EXPECT_EQ(read, joined(some_bytes(10), Bytes(1)));
+  EXPECT_EXIT((ualarm(100'000, 0), read_file("file", read.data(), 11)),  // keeps asking for more
+              testing::KilledBySignal(SIGALRM), "");
   EXPECT_EXIT(read_whole_or_fail(read, "file"), testing::ExitedWithCode(255), "");  // it has shrunk
   std::filesystem::resize_file("file", (std::uintmax_t{1} << 31) - 1);  // all of it a hole
   EXPECT_EQ(get_file_length("file"), 0x7FFFFFFF);

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <numeric>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -30,8 +31,9 @@ inline Bytes slice(const Bytes& bytes, std::size_t offset, std::size_t count) {
   return Bytes(bytes.data() + offset, bytes.data() + offset + count);
 }
 
-inline Bytes joined(Bytes head, const Bytes& tail) {
-  head.insert(head.end(), tail.begin(), tail.end());
+template <typename... More>
+Bytes joined(Bytes head, const More&... more) {
+  (head.insert(head.end(), more.begin(), more.end()), ...);
   return head;
 }
 
@@ -42,10 +44,6 @@ inline Bytes padded(Bytes bytes, std::size_t size) {
 
 inline Bytes reversed(const Bytes& bytes) {
   return Bytes(bytes.rbegin(), bytes.rend());
-}
-
-inline Bytes bytes_of(const std::string& text) {
-  return Bytes(text.begin(), text.end());
 }
 
 template <typename Record>
@@ -120,6 +118,11 @@ inline Bytes parse_hex(const std::string& text) {
   std::size_t count = star == std::string::npos ? 1 : std::stoul(text.substr(star + 1));
   for (; count > 0; --count) bytes.insert(bytes.end(), unit.begin(), unit.end());
   return bytes;
+}
+
+inline std::uint64_t from_big_endian(const Bytes& bytes) {
+  return std::accumulate(bytes.begin(), bytes.end(), std::uint64_t{0},
+                         [](std::uint64_t sum, std::uint8_t byte) { return sum << 8 | byte; });
 }
 
 /// The columns of the rows of vectors.txt that start with this word; throws when there are none.

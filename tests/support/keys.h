@@ -31,8 +31,8 @@ inline Widths full_widths(std::size_t length) {
 inline Bytes key_list(const Key& key, const Widths& widths, bool with_e) {
   Bytes list;
   for (std::size_t i = 0; i < key.size(); ++i) {
-    const Bytes length = bytes_of(static_cast<std::uint32_t>(widths[i]));
-    if (i != 1 || with_e) list = joined(list, joined(length, key[i].bytes(widths[i])));
+    if (i == 1 && !with_e) continue;
+    list = joined(list, bytes_of(static_cast<std::uint32_t>(widths[i])), key[i].bytes(widths[i]));
   }
   return list;
 }
@@ -46,8 +46,7 @@ inline bool is_sound(const Key& key) {
 /// Public key in the form that goes with 128-byte or 256-byte signatures.
 inline Bytes public_key_of(const Key& key, std::size_t length) {
   const Bytes n = key[0].bytes(length), e = key[1].bytes(4);
-  const Bytes n_length = {0, 1, 0, 0}, e_length = {4, 0, 0, 0};
-  return length == 128 ? joined(n, e) : joined(joined(n_length, n), joined(e_length, e));
+  return length == 128 ? joined(n, e) : joined(bytes_of(256U), n, bytes_of(4U), e);
 }
 
 /// Verifies by the wrapper for messages or by the one for digests and checks that a refusal, and no
