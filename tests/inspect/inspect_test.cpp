@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <iomanip>
+#include <regex>
 
 #include "inspect/boot.h"
 #include "inspect/describe.h"
@@ -33,57 +34,39 @@ Bytes damage(Bytes bytes, std::size_t at) {
 
 class Inspect : public Bench {
  protected:
-  const std::string scheme_name = s.is_v11() ? "1.1" : "2.1";
-  const std::string e = s.is_v11() ? "65537" : "3";
-
-  /// The public key that lies at `n` of a file, by OpenSSL: as JSON and as PEM.
-  std::pair<std::string, std::string> key_at(const std::string& name, std::size_t n) const {
+  /// Adds what OpenSSL makes of the public key whose modulus lies at `n` of a file.
+  void add_key(std::map<std::string, std::string>& texts, const std::string& key,
+               const std::string& name, std::size_t n) const {
     const Bytes modulus = slice(read_bytes(name), n, s.length);
-    const Owned<RSA> key = make_rsa(modulus, std::stoul(e));
+    const Owned<RSA> made = make_rsa(modulus, s.is_v11() ? 65537 : 3);
     Bytes der(512);
     unsigned char* end = der.data();
-    der.resize(static_cast<std::size_t>(i2d_RSA_PUBKEY(key.get(), &end)));
+    der.resize(static_cast<std::size_t>(i2d_RSA_PUBKEY(made.get(), &end)));
     const std::unique_ptr<BIO, int (*)(BIO*)> pem(BIO_new(BIO_s_mem()), BIO_free);
-    PEM_write_bio_RSA_PUBKEY(pem.get(), key.get());
+    PEM_write_bio_RSA_PUBKEY(pem.get(), made.get());
     char* text = nullptr;
-    const auto length = static_cast<std::size_t>(BIO_get_mem_data(pem.get(), &text));
-    return {R"({"bits": )" + std::to_string(8 * s.length) + R"(, "exponent": )" + e +
-                R"(, "modulus": ")" + hex(reversed(modulus)) + R"(", "sha1": ")" + hex(sha1(der)) +
-                "\"}",
-            std::string(text, length)};
+    const long length = BIO_get_mem_data(pem.get(), &text);
+    texts[key + "_MODULUS"] = hex(reversed(modulus));
+    texts[key + "_SHA1"] = hex(sha1(der));
+    texts[key + "_PEM\n"] = std::string(text, static_cast<std::size_t>(length));
   }
 };
 RUN_FOR_BOTH_SCHEMES(Inspect);
 
-TEST_P(Inspect, SaysWhatEachFileHolds) {
-  const auto [root, root_pem] = key_at(s.root_info, s.root.n);
-  const auto [stage2, stage2_pem] = key_at(public_key, s.stage2.n);
-  const std::string owned = R"(, "proof_of_possession": true)", agrees = R"(, "consistent": true)";
-  const struct {
-    std::string kind, name, rest, pem;
-  } cases[] = {
-      {"efuse-data", s.efuse, "", ""},
-      {"public-key", s.root_info, R"(, "key": )" + root + owned, root_pem},
-      {"public-key", public_key, R"(, "key": )" + stage2 + owned, stage2_pem},
-      {"private-key", s.root_private, R"(, "key": )" + root + agrees, root_pem},
-      {"private-key", private_key, R"(, "key": )" + stage2 + agrees, stage2_pem},
-      {"secured-bl1", "sealed1",
-       R"(, "code_size": 1024, "build_info": null, "root_key": )" + root + R"(, "stage2_key": )" +
-           stage2,
-       "root key\n" + root_pem + "stage-2 key\n" + stage2_pem},
-  };
-  for (const auto& [kind, name, rest, pem] : cases) {
-    const std::string size = std::to_string(read_bytes(name).size());
-    EXPECT_EQ(run(INSPECT_TOOL " --json " + name).output,
-              R"([{"file": ")" + name + R"(", "kind": ")" + kind + R"(", "scheme": ")" +
-                  scheme_name + R"(", "size": )" + size + R"(, "sound": true, "problems": [])" +
-                  rest + "}]\n");
-    if (kind != "efuse-data") {
-      EXPECT_EQ(run(INSPECT_TOOL " --pem " + name).output, pem);
-    }
+TEST_P(Inspect, PrintsWhatFilesHold) {
+  std::map<std::string, std::string> texts = {{"CODE_SHA1", hex(sha1(read_bytes("BL1.bin")))}};
+  add_key(texts, "ROOT", s.root_info, s.root.n);
+  add_key(texts, "STAGE2", public_key, s.stage2.n);
+  std::string transcript = text_file("inspect_" + s.name);
+  for (const auto& [name, text] : texts) {
+    transcript = std::regex_replace(transcript, std::regex(name), text);
   }
-  EXPECT_THAT(describe_json(read_bytes("sealed2")),
-              HasSubstr(R"("kind": "unknown", "scheme": null)"));
+  std::istringstream in(transcript);
+  std::string command, output;
+  for (std::getline(in, output, '$'); std::getline(in, command) && std::getline(in, output, '$');) {
+    EXPECT_EQ(run(INSPECT_TOOL + command).output, output);
+  }
+  EXPECT_EQ(command, " --pem sealed1");  // the last
 }
 
 TEST_P(Inspect, NoticesDamageToKeyFiles) {
@@ -200,10 +183,9 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
   EXPECT_EQ(verdicts(efuse, swapped, device(1).at("sealed2")), "-+-+");
 
   EXPECT_THAT(to_json(check_boot(other, bl1, {})), HasSubstr(R"("code_sha1": null)"));
-  EXPECT_EQ(to_json(check_boot(efuse, bl1, {})),
-            R"({"scheme": ")" + scheme_name + R"(", "boots": true, "checks": [{"what": "fuses", )" +
-                R"("ok": true}, {"what": "bl1-signature", "ok": true}], "code_sha1": ")" +
-                hex(sha1(read_bytes("BL1.bin"))) + R"(", "problems": []})");
+  const std::string ragged = to_json(check_boot(efuse, slice(bl1, 1, bl1.size() - 1), {}));
+  EXPECT_EQ(ragged.find("code: it is no whole number of cipher blocks") < ragged.size(),
+            !s.is_v11());
 }
 
 TEST_P(Inspect, ShowsTheCodeOfALongImage) {

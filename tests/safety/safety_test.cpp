@@ -79,6 +79,15 @@ void search() {
   _exit(secrets->empty() ? 4 : where);
 }
 
+/// Those that draw random numbers.
+std::vector<Words> commands_of(bool v11) {
+  const char *version = v11 ? "-v1.1" : "-v2.1", *key = v11 ? "s.prv" : "s_V21.prv";
+  return {{"tool", version, "-KEYGEN"},
+          {"tool", version, "s", "-STAGE2_KEYGEN"},
+          {"tool", version, "image", "bl1", "-STAGE1"},
+          {"tool", version, "image", "bl2", key, "-STAGE2"}};
+}
+
 void run(const Words& words) {
   run_main(static_cast<int>(words.size()), words.data(), {sb10_main, sb20_main, print_SB20_Usage});
 }
@@ -110,15 +119,11 @@ TEST(Safety, SecretsAreNotLeftInMemory) {
   write_bytes("image", Bytes(4096, 0x5A));
   ASSERT_EQ(
       symlink("s_V21.spk", "publicKeyInfo_V21_stage2.dat") + symlink("s.spk", "stage2_key.spk"), 0);
-  for (const auto& [version, key] :
-       {std::pair("-v2.1", "s_V21.prv"), std::pair("-v1.1", "s.prv")}) {
-    const Words commands[] = {{"tool", version, "-KEYGEN"},
-                              {"tool", version, "s", "-STAGE2_KEYGEN"},
-                              {"tool", version, "image", "bl1", "-STAGE1"},
-                              {"tool", version, "image", "bl2", key, "-STAGE2"}};
-    for (const Words& words : commands)
+  for (const bool v11 : {false, true}) {
+    for (const Words& words : commands_of(v11)) {
       EXPECT_EQ(remains_of([&] { run(words); }), 0) << words.back();
-    for (const char* made : {"bl1", "bl2"}) EXPECT_TRUE(std::filesystem::remove(made)) << version;
+    }
+    for (const char* made : {"bl1", "bl2"}) EXPECT_TRUE(std::filesystem::remove(made)) << v11;
   }
   // Alone, so that nothing that comes after it covers its tracks.
   Bytes code(48);
@@ -133,18 +138,15 @@ TEST(Safety, NothingIsMadeWithoutASourceOfRandomness) {
     run(words);
     std::exit(std::filesystem::is_empty(".") ? 1 : 0);
   };
-  for (const char* version : {"-v2.1", "-v1.1"}) {
-    const Words commands[] = {{"tool", version, "-KEYGEN"},
-                              {"tool", version, "s", "-STAGE2_KEYGEN"},
-                              {"tool", version, "none", "o", "-STAGE1"},
-                              {"tool", version, "none", "o", "s", "-STAGE2"}};
-    for (const Words& words : commands) {
+  for (const bool v11 : {false, true}) {
+    for (const Words& words : commands_of(v11)) {
       EXPECT_EXIT(run_without(words, true, true), testing::KilledBySignal(SIGABRT), "^$")
           << words.back();
     }
     for (const bool kernel : {false, true}) {  // one of them does
       const WorkingDirectory there;
-      EXPECT_EXIT(run_without(commands[0], kernel, !kernel), testing::ExitedWithCode(0), "^$");
+      const Words words = commands_of(v11)[0];
+      EXPECT_EXIT(run_without(words, kernel, !kernel), testing::ExitedWithCode(0), "^$");
     }
   }
   EXPECT_TRUE(std::filesystem::is_empty("."));
