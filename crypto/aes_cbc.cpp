@@ -205,7 +205,7 @@ std::uint32_t zeb_CheckPadding(const std::uint8_t* block, std::uint32_t blockSiz
                                std::uint32_t rule) {
   if (rule == AES_PADDING_NONE) return 0;
   if (rule != AES_PADDING_COUNT) return ZEB_ERR_PARAMETER;
-  // Quirk: a last byte of 0 passes as no padding; aes_test depends on it.
+  // Quirk: a last byte of 0 passes as no padding; primitives_test depends on it.
   const std::uint8_t count = block[blockSize - 1];
   if (count > blockSize) return ZEB_ERR_BAD_PADDING;
   const bool uniform = std::all_of(block + (blockSize - count), block + blockSize,

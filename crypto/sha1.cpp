@@ -172,7 +172,7 @@ Status ZEB_SHA1_HMAC_Init(ZEB_SHA1_HMAC* context) {
 
 Status ZEB_SHA1_HMAC_Update(ZEB_SHA1_HMAC* context, const std::uint8_t* data,
                             std::uint32_t length) {
-  // Quirk: the hash's status is dropped, no HMAC step fails; sha1_test depends on it.
+  // Quirk: the hash's status is dropped, no HMAC step fails; primitives_test depends on it.
   ZEB_SHA1_Update(&context->hash, data, length);
   return ZEB_SUCCESS;
 }

@@ -5,16 +5,12 @@
 #include "inspect/boot.h"
 #include "inspect/describe.h"
 #include "scheme/private_key_file.h"
-#include "tests/support/edit.h"
 #include "tests/support/schemes.h"
 
 namespace {
 
 template <typename S>
-const Sealed<S>& sealed() {
-  static const Sealed<S> made;
-  return made;
-}
+const Sealed<S> sealed;
 
 /// Whether a wrapper has to accept a signature, by its lenient rules.
 bool judge(bool by_message, const Bytes& key, const Bytes& digest, const Bytes& signature) {
@@ -27,14 +23,14 @@ bool judge(bool by_message, const Bytes& key, const Bytes& digest, const Bytes& 
   if (n_length < 24 || n_length > 256 || e_length < 4 || e_length > 256) return false;
   const Bytes n = slice(key, wide ? 4 : 0, n_length), e = slice(key, wide ? 264 : 128, e_length);
   if (n.back() < 0x80) return false;
-  Bytes encoded = reversed(power(slice(signature, 0, n_length), e, n).bytes(n_length));
+  Bytes encoded = reversed(power(slice(signature, 0, n_length), Big(e), n).bytes(n_length));
   encoded[0] &= 0x7F;
   return pss_matches(n, digest, encoded);
 }
 
 template <typename S>
 void verify_signature(const Choose& choose) {
-  Key key = sealed<S>().key;
+  Key key = sealed<S>.key;
   const bool by_message = choose(2) == 0;
   Bytes covered = by_message ? some_bytes(1 + choose(99)) : Bytes(20);
   Bytes signature = reversed(pss_encode(key[0], by_message ? sha1(covered) : covered, choose(40)));
@@ -61,7 +57,7 @@ Bytes header_of(const std::string& text) {
 
 template <typename S>
 void inspect_files(const Choose& choose) {
-  const Sealed<S>& good = sealed<S>();
+  const Sealed<S>& good = sealed<S>;
   const Bytes image = joined(good.code, bytes_of(good.context));
   const bool v11 = S::length == 128;
   Bytes efuse = good.efuse, bl1 = image;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "crypto/bn_mod.h"
-#include "crypto/key_items.h"
 #include "tests/support/keys.h"
 
 namespace {
@@ -31,12 +30,6 @@ class Rsa : public testing::TestWithParam<std::uint32_t> {
   Bytes raise(const Bytes& encoded) const {
     return power(reversed(encoded), key[2], key[0]).bytes(length);
   }
-  ZEB_RSA_PRIVATE_KEY make_record() const {
-    const Bytes list = list_of(rsa_mode_crt);
-    ZEB_RSA_PRIVATE_KEY made = {};
-    EXPECT_TRUE(read_private_key(list.data(), length_of(list), KeyItemLayout::crt, made));
-    return made;
-  }
   Bytes list_of(std::int32_t mode) const {
     return key_list(key, full_widths(length), mode == rsa_mode_crt);
   }
@@ -45,7 +38,7 @@ class Rsa : public testing::TestWithParam<std::uint32_t> {
   const Key key = test_key(GetParam());
   const Bytes public_key = public_key_of(key, length), message = some_bytes(300);
   const Bytes digest = sha1(message);
-  const ZEB_RSA_PRIVATE_KEY record = make_record();
+  const ZEB_RSA_PRIVATE_KEY record = record_of(key, length);
 };
 INSTANTIATE_TEST_SUITE_P(, Rsa, testing::Values(1024U, 2048U), testing::PrintToStringParamName());
 
@@ -91,7 +84,7 @@ TEST_P(Rsa, OnlyTheTopBitOfAnEncodingIsNotChecked) {
   for (const std::size_t salt : {0, 3, 20}) {
     Bytes other = message, encoded;
     do {  // a hash that starts with 1 could be taken for the separator where that is missing
-      ++other[other[0] % 3];
+      store_le32(&other[0], load_le32(&other[0]) + 1);
       encoded = pss_encode(widest[0], sha1(other), salt);
     } while (encoded[length - 21] != 1);
     const Bytes signature = reversed(encoded);
@@ -131,26 +124,27 @@ TEST_P(Rsa, RefusesBadLengthsAndKeys) {
     const bool crt = mode == rsa_mode_crt;
     const Bytes list = list_of(mode);
     const auto refuse = [&](const Bytes& bad) { sign(false, mode, bad, digest, 0xFFF40090); };
-    const auto refuse_with = [&](std::size_t index, const Big& value, std::size_t width) {
-      Key changed = key;
-      Widths widths = full_widths(length);
-      changed[index] = value;
-      widths[index] = width;
-      refuse(key_list(changed, widths, crt));
-    };
     sign(true, mode, list, {}, 0xFFF40070);
     const std::size_t read = crt ? list.size() : 2 * (4 + length);
     for (std::size_t cut = 0; cut < read; cut += 1 + cut % 61) refuse(slice(list, 0, cut));
-    refuse_with(0, Big::unit(65) - 1, 65 * 4);
-    refuse_with(0, Big::unit(67) - 1, 67 * 4);
     const Big small = Big::unit(2) - 1;  // no room for an encoding
     refuse(key_list({Big::unit(4) - 1, 3, 5, small, small, 1, 1, 1}, full_widths(16), crt));
-    for (const std::size_t prime : {3U, 4U}) {
-      if (!crt) continue;
-      refuse_with(prime, Big::unit(length / 8 - 1) - 1, length / 2 - 4);
-      refuse_with(prime, Big::unit(length / 8 + 1) - 1, length / 2 + 4);
+    const std::uint32_t half = length / 8;
+    // n, p, q and dP of so many digits.
+    for (const auto& [index, digits] : {std::pair{0U, 65U},
+                                        {0, 67},
+                                        {3, half - 1},
+                                        {3, half + 1},
+                                        {4, half - 1},
+                                        {4, half + 1},
+                                        {5, 35}}) {
+      if (index != 0 && !crt) continue;
+      Key changed = key;
+      Widths widths = full_widths(length);
+      changed[index] = Big::unit(digits) - 1;
+      widths[index] = digit_bytes * digits;
+      refuse(key_list(changed, widths, crt));
     }
-    if (crt) refuse_with(5, key[5], 35 * 4);
   }
 }
 

@@ -74,10 +74,6 @@ inline const std::string& line(const std::string& name, int stage = 0) {
   return lines.at(stage == 0 ? name : name + std::to_string(stage));
 }
 
-inline std::string banner_of(const Scheme& s) {
-  return text_file("banner_" + s.name);
-}
-
 struct Outcome {
   int status;  // exit status, or the signal that ended it, negative; 124 for a hang
   std::string output;
@@ -136,7 +132,7 @@ class Bench : public testing::TestWithParam<Scheme> {
       SCOPED_TRACE(tool + " " + s.option + " " + command);
       const Outcome outcome = run(tool + " " + s.option + " " + command);
       EXPECT_EQ(outcome.status, status);
-      EXPECT_EQ(outcome.output, banner_of(s) + text);
+      EXPECT_EQ(outcome.output, text_file("banner_" + s.name) + text);
     }
   }
   /// The run fails, leaves no output and changes no file.

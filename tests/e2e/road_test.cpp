@@ -46,7 +46,7 @@ TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
   for (const std::string& name : {longest + s.private_suffix, s.root_private}) {
     EXPECT_EQ(mode(name), std::filesystem::perms(0600)) << name;
   }
-  EXPECT_EQ(mode(s.root_info), mode("BL1.bin"));
+  EXPECT_EQ(mode(longest + s.public_suffix), mode("BL1.bin"));
   EXPECT_EQ(mode(s.efuse), mode(s.is_v11() ? "BL1.bin" : s.root_private));  // no secret in V11
 }
 

@@ -57,16 +57,20 @@ TEST_P(Inspect, PrintsWhatFilesHold) {
   std::map<std::string, std::string> texts = {{"CODE_SHA1", hex(sha1(read_bytes("BL1.bin")))}};
   add_key(texts, "ROOT", s.root_info, s.root.n);
   add_key(texts, "STAGE2", public_key, s.stage2.n);
-  std::string transcript = text_file("inspect_" + s.name);
+  std::string transcript = text_file("inspect_" + s.name) + text_file("inspect");
   for (const auto& [name, text] : texts) {
     transcript = std::regex_replace(transcript, std::regex(name), text);
   }
+  mkfifo("pipe", 0600);
+  write_bytes("large", {});
+  std::filesystem::resize_file("large", std::uintmax_t{1} << 31);
   std::istringstream in(transcript);
   std::string command, output;
   for (std::getline(in, output, '$'); std::getline(in, command) && std::getline(in, output, '$');) {
-    EXPECT_EQ(run(INSPECT_TOOL + command).output, output);
+    const auto [status, said] = run(INSPECT_TOOL + command);
+    EXPECT_EQ(said + (status == 0 ? "" : "=> " + std::to_string(status) + "\n"), output);
   }
-  EXPECT_EQ(command, " --pem sealed1");  // the last
+  EXPECT_EQ(command, " large");  // the last
 }
 
 TEST_P(Inspect, NoticesDamageToKeyFiles) {
@@ -197,24 +201,12 @@ TEST_P(Inspect, ShowsTheCodeOfALongImage) {
   }
 }
 
-TEST(InspectTool, RefusesWhatItCannotReadAndEscapesNames) {
+TEST(InspectTool, EscapesNamesAndReportsAFullDisk) {
   const WorkingDirectory here;
   const std::string odd = "-\"\\\n\xff\xc3\xa9", quoted = "'" + odd + "'";
-  const auto ask = [](const std::string& arguments) { return run(INSPECT_TOOL " " + arguments); };
   write_bytes(odd, Bytes(20, 0x5A));
-  mkfifo("pipe", 0600);
-  write_bytes("large", {});
-  std::filesystem::resize_file("large", std::uintmax_t{1} << 31);
-  for (const std::string name : {"missing", ".", "pipe", "large"}) {
-    const Outcome outcome = ask("--boot -- " + name + " " + quoted);
-    EXPECT_TRUE(outcome.output.starts_with("Sealwright_inspect: " + name + ": "));
-    EXPECT_EQ(outcome.status + ask(name).status, 4);
-  }
-  for (const std::string& wrong :
-       {std::string(), std::string("--boot a"), std::string("--pem a b"), quoted}) {
-    EXPECT_THAT(ask(wrong).output, HasSubstr("--help"));
-  }
-  const Outcome outcome = ask("--json -- " + quoted + " " + quoted);
+  EXPECT_THAT(run(INSPECT_TOOL " " + quoted).output, HasSubstr("--help"));
+  const Outcome outcome = run(INSPECT_TOOL " --json -- " + quoted + " " + quoted);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output, HasSubstr(R"("-\"\\\u000a\ufffdé", "kind": "efuse-data")"));
   EXPECT_THAT(outcome.output, testing::Not(testing::ContainsRegex("ZZ|5a5a|5A5A")));

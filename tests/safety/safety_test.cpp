@@ -29,8 +29,7 @@ constexpr std::size_t run_length = 16;  // so many bytes of a secret must not be
 constexpr std::size_t stack_length = 1 << 20;
 // On the heap, which is not searched.
 std::set<std::string>* secrets = nullptr;
-char* stack = nullptr;            // a copy of it
-const char* stack_end = nullptr;  // where the command started
+char* stack = nullptr;  // a copy of it
 
 void add_secret(const Bytes& bytes, std::size_t from) {
   for (std::size_t i = from; i + run_length <= bytes.size(); ++i) {
@@ -66,7 +65,6 @@ int found(const char* from, const char* to) {
 /// Runs after the handlers that the command has registered. Ends with 1 for a secret on the stack,
 /// 2 for one in static data, 3 for both; 4 when there was none to look for.
 void search() {
-  std::memcpy(stack, stack_end - stack_length, stack_length);  // before anything covers it
   constexpr std::size_t d20 = offsetof(Sb20PrivateKeyFile, d);
   constexpr std::size_t d10 = offsetof(Sb10PrivateKeyItems, d);
   secrets = new std::set<std::string>;
@@ -79,7 +77,7 @@ void search() {
   _exit(secrets->empty() ? 4 : where);
 }
 
-/// Those that draw random numbers.
+/// The commands that draw random numbers.
 std::vector<Words> commands_of(bool v11) {
   const char *version = v11 ? "-v1.1" : "-v2.1", *key = v11 ? "s.prv" : "s_V21.prv";
   return {{"tool", version, "-KEYGEN"},
@@ -98,10 +96,10 @@ int remains_of(const std::function<void()>& work) {
   if (child == 0) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(5);
     stack = new char[stack_length];
-    const char start = 0;
-    stack_end = &start;
     std::atexit(search);
     work();
+    const auto* frame = static_cast<const char*>(__builtin_frame_address(0));
+    std::memcpy(stack, frame - stack_length, stack_length);  // before anything covers it
     std::exit(0);
   }
   int status = 0;

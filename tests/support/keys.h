@@ -1,5 +1,6 @@
 #pragma once
 
+#include "crypto/key_items.h"
 #include "crypto/prng_state.h"
 #include "crypto/rsa.h"
 #include "tests/support/openssl.h"
@@ -35,6 +36,14 @@ inline Bytes key_list(const Key& key, const Widths& widths, bool with_e) {
     list = joined(list, bytes_of(static_cast<std::uint32_t>(widths[i])), key[i].bytes(widths[i]));
   }
   return list;
+}
+
+/// The record that key generation makes, zero above the numbers.
+inline ZEB_RSA_PRIVATE_KEY record_of(const Key& key, std::size_t length) {
+  const Bytes list = key_list(key, full_widths(length), true);
+  ZEB_RSA_PRIVATE_KEY record = {};
+  require(read_private_key(list.data(), length_of(list), KeyItemLayout::crt, record), "a record");
+  return record;
 }
 
 /// Whether the numbers are those of a key with two primes in order.

@@ -96,11 +96,6 @@ class Big {
   Owned<BIGNUM> number_{BN_new()};
 };
 
-// For operands that are still to become one.
-int compare(const Big& a, const Big& b);
-Big power(const Big& base, const Big& e, const Big& m);
-Big inverse(const Big& a, const Big& m);
-
 inline Bytes sha1(const Bytes& message) {
   Bytes digest(SHA_DIGEST_LENGTH);
   SHA1(message.data(), message.size(), digest.data());

@@ -48,9 +48,6 @@ struct Sealed {
     return S::generate_info(given.empty() ? nullptr : given.data(), length_of(given), n.data(),
                             words, e.data(), 1, efuse.data(), &room, &context.publicKeyInfo);
   }
-  Status validate() {
-    return S::validate_info(efuse.data(), length_of(efuse), &context.publicKeyInfo);
-  }
   Status check() {
     return S::check(efuse.data(), length_of(efuse), &context, code.data(), length_of(code));
   }
