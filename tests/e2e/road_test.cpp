@@ -123,7 +123,8 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
     EXPECT_EQ(slice(context, s.context_info, s.root.proven_end), slice(root, 0, s.root.proven_end));
     expect_run("out" + verify1, 0, line("verified", 1));
   };
-  for (const std::size_t length : {0, 1, 16, 100, 1008, 1001}) {
+  // The longest lies in large pages.
+  for (const std::size_t length : {0, 1, 16, 100, 1008, 1001, 3000000}) {
     write_bytes("BL1.bin", some_bytes(length));
     std::filesystem::remove("out");
     if (length % s.block != 0) {  // refused in silence
@@ -141,7 +142,8 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
 
 TEST_P(Road, Stage2ImagesOfAnyLength) {
   const Bytes file = read_bytes(public_key);
-  for (const std::size_t length : {0, 1, 255, 1001, 5000}) {
+  // The longest lies in large pages.
+  for (const std::size_t length : {0, 1, 255, 1001, 5000, 3000001}) {
     write_bytes("BL2.bin", some_bytes(length));
     expect_run(seal2, 0, line("signed", 2));
     const Bytes out = read_bytes("out");
