@@ -11,36 +11,26 @@
 
 namespace {
 
-constexpr std::size_t key_length = 16;             // bytes
 constexpr std::size_t piece_length = 16UL * 1024;  // whole blocks; stays in the nearest cache
 
-/// Sets the code's key. @return whether that can be done; `iv` is then that of the first block.
-bool set_up_cipher(AesCbcContext& cipher, std::uint8_t (&iv)[aes_block_length],
-                   const SB20_CONTEXT& context, ByteView efuse) {
-  std::uint8_t key[key_length];
-  const WipeOnExit key_guard(key);
-  const std::uint32_t key_size = sizeof key;
-  const std::uint32_t iv_size = sizeof iv;
-  return Make_AES_Param(efuse.data(), length_of(efuse), &context, key, &key_size, iv, &iv_size) ==
-             ZEB_SUCCESS &&
-         ZEB_AES_SetInfo(&cipher, AES_USE_DEFAULT, key, key_size, nullptr, 0, AES_PADDING_NONE,
-                         0) == ZEB_SUCCESS;
+/// Decrypts a piece of the code in place, under the IV that the cipher has been given.
+bool open_piece(AesCbcContext& cipher, WritableBytes piece) {
+  return ZEB_AES_CBC_DecInit(&cipher) == ZEB_SUCCESS &&
+         aes_cbc_decrypt_message(&cipher, piece.data(), length_of(piece)) == ZEB_SUCCESS;
 }
 
-/// Decrypts a piece of the code in place. `iv` is the ciphertext block before it.
-bool open_piece(AesCbcContext& cipher, const std::uint8_t (&iv)[aes_block_length],
-                WritableBytes piece) {
-  return ZEB_AES_SetInfo(&cipher, AES_USE_KEEP, nullptr, 0, iv, sizeof iv, 0, 0) == ZEB_SUCCESS &&
-         ZEB_AES_CBC_DecInit(&cipher) == ZEB_SUCCESS &&
-         aes_cbc_decrypt_message(&cipher, piece.data(), length_of(piece)) == ZEB_SUCCESS;
+/// Gives the cipher the last block of a piece as it is stored, the IV of the next one.
+bool pass_on_iv(AesCbcContext& cipher, ByteView stored) {
+  return ZEB_AES_SetInfo(&cipher, AES_USE_KEEP, nullptr, 0, stored.last(aes_block_length).data(),
+                         aes_block_length, 0, 0) == ZEB_SUCCESS;
 }
 
 /// Piece by piece, so that no copy of the whole code is made.
 std::string decrypted_sha1(const SB20_CONTEXT& context, ByteView efuse, ByteView code) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
-  std::uint8_t iv[aes_block_length];
-  if (!set_up_cipher(cipher, iv, context, efuse)) return {};
+  const Status set_up = set_up_code_cipher(cipher, efuse.data(), length_of(efuse), &context);
+  if (set_up != ZEB_SUCCESS) return {};
   ZEB_SHA1 hash = {};
   const WipeOnExit hash_guard(hash);
   ZEB_SHA1_Init(&hash);
@@ -49,9 +39,8 @@ std::string decrypted_sha1(const SB20_CONTEXT& context, ByteView efuse, ByteView
   while (!code.empty()) {
     const ByteView piece = code.first(std::min(piece_length, code.size()));
     std::ranges::copy(piece, opened);
-    if (!open_piece(cipher, iv, {opened, piece.size()})) return {};
+    if (!open_piece(cipher, {opened, piece.size()}) || !pass_on_iv(cipher, piece)) return {};
     ZEB_SHA1_Update(&hash, opened, length_of(piece));
-    std::ranges::copy(piece.last(sizeof iv), iv);
     code = code.subspan(piece.size());
   }
   std::uint8_t digest[sha1_digest_length];

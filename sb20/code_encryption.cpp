@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "crypto/aes_cbc.h"
 #include "crypto/bytes.h"
 #include "crypto/mem.h"
 #include "crypto/sha1.h"
@@ -16,19 +15,6 @@ namespace {
 constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and of an IV
 constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARAMETER,
                                            CIPHER_ERR_PARAMETER};
-
-Status set_up_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
-                     const SB20_CONTEXT* context) {
-  std::uint8_t key[parameter_length];
-  const WipeOnExit key_guard(key);
-  std::uint8_t iv[parameter_length];
-  const std::uint32_t length = parameter_length;
-  const Status status = Make_AES_Param(eFuse, eFuseLen, context, key, &length, iv, &length);
-  if (status != ZEB_SUCCESS) return status;
-  const Status set = ZEB_AES_SetInfo(&cipher, AES_USE_DEFAULT, key, parameter_length, iv,
-                                     parameter_length, AES_PADDING_NONE, 0);
-  return set == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_SETUP;
-}
 
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
   if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
@@ -59,11 +45,24 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
   return ZEB_SUCCESS;
 }
 
+Status set_up_code_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
+                          const SB20_CONTEXT* context) {
+  std::uint8_t key[parameter_length];
+  const WipeOnExit key_guard(key);
+  std::uint8_t iv[parameter_length];
+  const std::uint32_t length = parameter_length;
+  const Status status = Make_AES_Param(eFuse, eFuseLen, context, key, &length, iv, &length);
+  if (status != ZEB_SUCCESS) return status;
+  const Status set = ZEB_AES_SetInfo(&cipher, AES_USE_DEFAULT, key, parameter_length, iv,
+                                     parameter_length, AES_PADDING_NONE, 0);
+  return set == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_SETUP;
+}
+
 Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
-  const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
+  const Status status = set_up_code_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   const LargeBuffer ciphertext(codeLen);
   const LargeBuffer opened(codeLen);
@@ -87,7 +86,7 @@ Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
-  const Status status = set_up_cipher(cipher, eFuse, eFuseLen, context);
+  const Status status = set_up_code_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   return decrypt_in_place(cipher, code, codeLen);
 }

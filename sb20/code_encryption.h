@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "crypto/aes_cbc.h"
 #include "crypto/status.h"
 #include "sb20/records.h"
 
@@ -14,6 +15,11 @@
 Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                       const SB20_CONTEXT* context, std::uint8_t* keyOut,
                       const std::uint32_t* keyLen, std::uint8_t* ivOut, const std::uint32_t* ivLen);
+
+/// Sets up a cipher with the code's key and the IV of its first block.
+/// @return 0; CIPHER_ERR_PARAMETER; CIPHER_ERR_SETUP.
+Status set_up_code_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
+                          const SB20_CONTEXT* context);
 
 /// Encrypts `codeLen` bytes in place, whole blocks only, and proves the result by decrypting it.
 /// On a failure the code is still plaintext.
