@@ -226,20 +226,23 @@ bool reduce(WordNumbers& numbers) {
   }
 }
 
-/// a = a * b mod m. @return as `reduce`.
-bool multiply_mod(WordNumbers& numbers) {
-  multiply(numbers);
+/// a = product mod m. @return as `reduce`.
+bool take_product(WordNumbers& numbers) {
   if (!reduce(numbers)) return false;
   std::copy_n(numbers.product, numbers.n, numbers.a);
   return true;
 }
 
+/// a = a * b mod m. @return as `reduce`.
+bool multiply_mod(WordNumbers& numbers) {
+  multiply(numbers);
+  return take_product(numbers);
+}
+
 /// a = a * a mod m. @return as `reduce`.
 bool square_mod(WordNumbers& numbers) {
   square(numbers);
-  if (!reduce(numbers)) return false;
-  std::copy_n(numbers.product, numbers.n, numbers.a);
-  return true;
+  return take_product(numbers);
 }
 
 void load_modulus(WordNumbers& numbers, const Digit* m, std::uint32_t mLen) {
