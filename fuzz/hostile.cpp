@@ -50,11 +50,6 @@ void verify_signature(const Choose& choose) {
   require(verify(by_message, public_key, covered, signature) == (good ? 0 : 0xFFF20090), "verdict");
 }
 
-/// What a stage-2 file of scheme 1.1 starts with.
-Bytes header_of(const std::string& text) {
-  return padded(joined(bytes_of(28U), text), 36);
-}
-
 template <typename S>
 void inspect_files(const Choose& choose) {
   const Sealed<S>& good = sealed<S>;
@@ -62,10 +57,14 @@ void inspect_files(const Choose& choose) {
   const bool v11 = S::length == 128;
   Bytes efuse = good.efuse, bl1 = image;
   Bytes private_file =
-      v11 ? joined(header_of(sb10_private_key_text), good.list) : joined(good.list, Bytes(12));
+      v11 ? joined(header_of(sb10_private_key_text, 604), good.list) : joined(good.list, Bytes(12));
   Bytes public_file = public_key_of(good.key, S::length);
   const bool stage2 = v11 && choose(2) == 0;
-  if (stage2) public_file = joined(header_of(sb10_public_key_text), bytes_of(128U), public_file);
+  if (stage2) {
+    public_file =
+        joined(header_of(sb10_public_key_text, 140), bytes_of(128U), good.key[0].bytes(128),
+               bytes_of(4U), good.key[1].bytes(4), bytes_of(128U));
+  }
   public_file.resize(stage2 ? 308 : v11 ? 280 : 548);
   Bytes* parts[] = {&efuse, &bl1, &private_file, &public_file};
   damage(*parts[choose(4)], choose);

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds for 64-bit Arm and tests the result under emulation: the unit tests with the processor's
 # instructions and without, what commands leave in memory, then the road from keys to checked images
-# with Arm and this machine taking turns at each step. Builds the 32-bit variant as well. Compiler warnings are errors.
-# Installs what is missing first. Ends with a status other than 0 when anything fails.
+# with Arm and this machine taking turns at each step. Builds the 32-bit variant as well. Compiler
+# warnings are errors. Installs what is missing first. Ends with a status other than 0 when anything
+# fails.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/setup.sh

@@ -51,9 +51,6 @@ TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
 }
 
 TEST_P(Road, KeyFilesHoldAProvenKey) {
-  const auto header = [&](const std::string& text, std::uint32_t length) {
-    return joined(bytes_of(28U), padded(Bytes(text.begin(), text.end()), 28), bytes_of(length));
-  };
   for (const bool is_root : {true, false}) {
     SCOPED_TRACE(is_root ? "root key" : "stage-2 key");
     const PublicFile& place = is_root ? s.root : s.stage2;
@@ -72,8 +69,8 @@ TEST_P(Road, KeyFilesHoldAProvenKey) {
     EXPECT_EQ(key[1], Big(s.is_v11() ? 65537 : 3));
     const Bytes list = key_list(key, full_widths(s.length), !s.is_v11());
     if (has_header) {
-      EXPECT_EQ(record, joined(header("1.0, Priv, RSA-1024, CRT", 604), list));
-      EXPECT_EQ(slice(file, 0, 36), header("1.0, Pub, RSA-1024", 140));
+      EXPECT_EQ(record, joined(header_of("1.0, Priv, RSA-1024, CRT", 604), list));
+      EXPECT_EQ(slice(file, 0, 36), header_of("1.0, Pub, RSA-1024", 140));
     } else {
       EXPECT_EQ(record, padded(list, s.is_v11() ? 608 : 1200));
     }
@@ -144,12 +141,13 @@ TEST_P(Road, Stage2ImagesOfAnyLength) {
   const Bytes file = read_bytes(public_key);
   // The longest lies in large pages.
   for (const std::size_t length : {0, 1, 255, 1001, 5000, 3000001}) {
-    write_bytes("BL2.bin", some_bytes(length));
+    const Bytes image = some_bytes(length);
+    write_bytes("BL2.bin", image);
     expect_run(seal2, 0, line("signed", 2));
     const Bytes out = read_bytes("out");
     EXPECT_EQ(out.size(), length + s.length);
-    EXPECT_EQ(slice(out, 0, length), some_bytes(length));
-    EXPECT_TRUE(accepts(file, s.stage2, some_bytes(length), slice(out, length, s.length)));
+    EXPECT_EQ(slice(out, 0, length), image);
+    EXPECT_TRUE(accepts(file, s.stage2, image, slice(out, length, s.length)));
     expect_run("out" + verify2, 0, line("verified", 2));
   }
 }

@@ -117,11 +117,9 @@ TEST(PrivateKeyFile, ProtectionNeverChanges) {
 
 TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
   constexpr std::uint32_t slots[] = {128, 128, 64, 64, 64, 64, 64};
-  const std::string text = "1.0, Priv, RSA-1024, CRT";
-  const Bytes header = joined(bytes_of(28U), text, Bytes(4), bytes_of(604U));
   for (int i = 0; i < 2 * 7; ++i) {  // all items as long as their slots, then one longer
     const bool fits = i % 2 == 0;
-    Bytes record, expected = header, out(640);
+    Bytes record, expected = header_of("1.0, Priv, RSA-1024, CRT", 604), out(640);
     for (int k = 0; k < 7; ++k) {
       const std::uint32_t length = fits ? slots[k] : k == i / 2 ? slots[k] + 4 : 8;
       const Bytes item = joined(bytes_of(length), some_bytes(length));

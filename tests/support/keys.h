@@ -52,6 +52,11 @@ inline bool is_sound(const Key& key) {
          key == make_key(key[3], key[4], key[1]);
 }
 
+/// What stands before the numbers in a stage-2 key file of scheme 1.1.
+inline Bytes header_of(const std::string& text, std::uint32_t length) {
+  return joined(bytes_of(28U), padded(Bytes(text.begin(), text.end()), 28), bytes_of(length));
+}
+
 /// Public key in the form that goes with 128-byte or 256-byte signatures.
 inline Bytes public_key_of(const Key& key, std::size_t length) {
   const Bytes n = key[0].bytes(length), e = key[1].bytes(4);

@@ -9,7 +9,6 @@
 // The functions of both schemes under the same names, and an image sealed by them.
 
 struct V11 {
-  using Info = Sb10PublicKeyInfo;
   using Context = SB10_CONTEXT;
   static constexpr std::uint32_t length = 128, efuse_length = 16;
   static constexpr auto generate_info = Generate_SB10_PublicKeyInfo;
@@ -18,7 +17,6 @@ struct V11 {
   static constexpr auto check = Check_SB10_Context;
 };
 struct V21 {
-  using Info = Sb20PublicKeyInfo;
   using Context = SB20_CONTEXT;
   static constexpr std::uint32_t length = 256, efuse_length = 20;
   static constexpr auto generate_info = Generate_SB20_PublicKeyInfo;
