@@ -4,7 +4,7 @@
 #include <array>
 #include <bit>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/wipe.h"
 #include "crypto/cpu.h"
 #include "crypto/mem.h"
-#include "crypto/wipe.h"
 
 namespace {
 

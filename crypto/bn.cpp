@@ -4,9 +4,9 @@
 #include <bit>
 #include <cstddef>
 
+#include "base/bytes.h"
+#include "base/wipe.h"
 #include "crypto/bn_rows.h"
-#include "crypto/bytes.h"
-#include "crypto/wipe.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <utility>
 
+#include "base/wipe.h"
 #include "crypto/bn_rows.h"
 #include "crypto/bn_words.h"
-#include "crypto/wipe.h"
 
 namespace {
 

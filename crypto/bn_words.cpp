@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/wipe.h"
 #include "crypto/bn.h"
 #include "crypto/bn_words_x86.h"
 #include "crypto/cpu.h"
-#include "crypto/wipe.h"
 
 namespace {
 

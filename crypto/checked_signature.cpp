@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "base/wipe.h"
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "crypto/bn.h"
-#include "crypto/bytes.h"
 #include "crypto/rsa_key.h"
 
 // The serialised private key: packed items of (u32 byte length, that many bytes of digits), all

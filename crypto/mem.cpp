@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 
 namespace {
 

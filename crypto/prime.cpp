@@ -4,10 +4,10 @@
 #include <iterator>
 #include <utility>
 
+#include "base/wipe.h"
 #include "crypto/bn_mod.h"
 #include "crypto/prime_trial.h"
 #include "crypto/prng.h"
-#include "crypto/wipe.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
+#include "base/wipe.h"
 #include "crypto/prng_state.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
 
 std::uint8_t sabSecretState[prng_block_length] = {};
 std::uint8_t sabRandPool[prng_block_length] = {};

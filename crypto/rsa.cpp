@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/bytes.h"
+#include "base/wipe.h"
 #include "crypto/bn_mod.h"
-#include "crypto/bytes.h"
 #include "crypto/key_items.h"
 #include "crypto/mem.h"
 #include "crypto/prng.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <bit>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
+#include "base/wipe.h"
 #include "crypto/cpu.h"
-#include "crypto/wipe.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "front/drivers.h"
 #include "front/texts.h"
-#include "util/early_end.h"
+#include "util/process.h"
 
 /// The tool for customers who make and check stage-2 keys and images alone.
 int main(int argc, char** argv) {

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <limits>
 
-#include "util/early_end.h"
 #include "util/file.h"
+#include "util/process.h"
 
 Image read_image(const char* path, std::uint32_t room) {
   const auto length = static_cast<std::uint32_t>(get_file_length(path));

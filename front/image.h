@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "crypto/status.h"
 #include "util/large_buffer.h"
 

@@ -7,7 +7,7 @@
 
 #include "front/drivers.h"
 #include "front/texts.h"
-#include "util/early_end.h"
+#include "util/process.h"
 
 /// The full tool. The exit status is the low byte of the command's status.
 int main(int argc, char** argv) {

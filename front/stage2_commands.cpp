@@ -13,7 +13,7 @@
 #include "scheme/key_pair.h"
 #include "scheme/key_store.h"
 #include "scheme/messages.h"
-#include "util/early_end.h"
+#include "util/process.h"
 
 namespace {
 

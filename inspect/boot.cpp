@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "inspect/opened_code.h"
-#include "inspect/secured_bl1.h"
+#include "artefact/opened_code.h"
+#include "artefact/secured_bl1.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ void add_checks(Report& report, const std::vector<Check>& checks) {
   for (const Check& check : checks) {
     const char* reason = check.ok ? check.why_yes : check.why_no;
     const Fact ok = yes_no_fact("ok", check.label, check.ok, reason);
-    objects.push_back(json_object({{"what", json_string(check.what)}, ok}));
+    objects.push_back(json_object({{"what", json_string(check.what)}, {"ok", ok.json}}));
     lines.push_back({nullptr, "", ok.label, ok.words});
     if (!check.ok) report.problems.push_back(std::string(check.label) + ": " + reason + '.');
   }

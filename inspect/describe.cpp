@@ -4,8 +4,8 @@
 #include <ctime>
 #include <utility>
 
-#include "inspect/key_files.h"
-#include "inspect/secured_bl1.h"
+#include "artefact/key_files.h"
+#include "artefact/secured_bl1.h"
 
 namespace {
 

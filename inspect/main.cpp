@@ -6,12 +6,12 @@
 #include <memory>
 #include <string>
 
+#include "artefact/escape.h"
+#include "artefact/input.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
-#include "inspect/escape.h"
-#include "inspect/input.h"
 #include "inspect/options.h"
-#include "util/early_end.h"
+#include "util/process.h"
 
 namespace {
 

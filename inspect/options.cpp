@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "inspect/escape.h"
+#include "artefact/escape.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "inspect/report.h"
 
-#include "inspect/escape.h"
-
 namespace {
 
 constexpr std::size_t label_width = 20;
@@ -31,26 +29,12 @@ std::string show_line(const Fact& fact) {
 
 }  // namespace
 
-std::string join(const std::vector<std::string>& parts, const char* separator) {
-  std::string joined;
-  for (const std::string& part : parts) joined += (joined.empty() ? "" : separator) + part;
-  return joined;
-}
-
-std::string json_string(std::string_view text) {
-  return '"' + escape(text) + '"';
-}
-
-std::string json_array(const std::vector<std::string>& values) {
-  return '[' + join(values, ", ") + ']';
-}
-
-std::string json_object(const std::vector<Fact>& members) {
-  std::vector<std::string> pairs;
-  for (const Fact& member : members) {
-    if (member.name != nullptr) pairs.push_back(json_string(member.name) + ": " + member.json);
+std::string facts_to_json(const std::vector<Fact>& facts) {
+  std::vector<JsonMember> members;
+  for (const Fact& fact : facts) {
+    if (fact.name != nullptr) members.emplace_back(fact.name, fact.json);
   }
-  return '{' + join(pairs, ", ") + '}';
+  return json_object(members);
 }
 
 Fact text_fact(const char* name, const char* label, const char* value) {
@@ -97,7 +81,7 @@ void add_key(Report& report, const char* name, const char* label, const PublicKe
 }
 
 std::string to_json(const Report& report) {
-  return json_object(report.facts);
+  return facts_to_json(report.facts);
 }
 
 std::string to_text(const std::string& title, const Report& report) {

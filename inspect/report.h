@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "inspect/public_key.h"
+#include "artefact/json.h"
+#include "artefact/public_key.h"
 
 /// One thing that is known, said twice by the functions below: as a member of a JSON object and as
 /// a line for a reader.
@@ -27,10 +28,8 @@ struct Report {
   std::vector<std::string> problems;  // sentences; none when it is sound, or boots
 };
 
-std::string join(const std::vector<std::string>& parts, const char* separator);
-std::string json_string(std::string_view text);
-std::string json_array(const std::vector<std::string>& values);
-std::string json_object(const std::vector<Fact>& members);
+/// The facts that have a name, as one JSON object.
+std::string facts_to_json(const std::vector<Fact>& facts);
 
 /// A string, or null for a null pointer, which the line calls "none".
 Fact text_fact(const char* name, const char* label, const char* value);

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "sb10/public_key_info.h"
 #include "scheme/context_signature.h"
 #include "scheme/entry_table.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/wipe.h"
 #include "crypto/checked_signature.h"
 #include "crypto/key_items.h"
-#include "crypto/wipe.h"
 #include "sb10/key_store.h"
 #include "sb10/public_key_info.h"
 #include "scheme/key_pair.h"

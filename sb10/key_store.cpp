@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "base/wipe.h"
 #include "crypto/key_items.h"
-#include "crypto/wipe.h"
 #include "sb10/public_key_info.h"
 #include "scheme/private_key_file.h"
-#include "util/early_end.h"
 #include "util/file.h"
+#include "util/process.h"
 
 SB10_CONTEXT sb10_Context = {};
 std::uint8_t sb10_eFuseData[sb10_efuse_length] = {};

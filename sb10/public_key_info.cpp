@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "crypto/wipe.h"
+#include "base/wipe.h"
 #include "scheme/key_binding.h"
 #include "scheme/status.h"
 

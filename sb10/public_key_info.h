@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "crypto/bn.h"
-#include "crypto/bytes.h"
 #include "crypto/status.h"
 #include "sb10/records.h"
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
+#include "base/wipe.h"
 #include "crypto/mem.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
 #include "scheme/status.h"
 #include "util/large_buffer.h"
 

@@ -3,8 +3,8 @@
 #include <array>
 #include <span>
 
+#include "base/wipe.h"
 #include "crypto/checked_signature.h"
-#include "crypto/wipe.h"
 #include "sb20/key_store.h"
 #include "sb20/public_key_info.h"
 #include "scheme/key_pair.h"

@@ -1,6 +1,6 @@
 #include "sb20/key_store.h"
 
-#include "crypto/wipe.h"
+#include "base/wipe.h"
 #include "scheme/private_key_file.h"
 #include "util/file.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "crypto/checked_signature.h"
 #include "crypto/status.h"
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/wipe.h"
 #include "crypto/mem.h"
 #include "crypto/prng.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
 #include "scheme/status.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "crypto/rsa_key.h"
 
 // What the key generation of both schemes shares.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "crypto/wipe.h"
+#include "base/wipe.h"
 #include "scheme/private_key_file.h"
 #include "util/file.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "crypto/status.h"
 
 // Key material of a run that both schemes use: process-wide buffers, cleared before each load. A

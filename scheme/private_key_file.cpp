@@ -6,8 +6,8 @@
 #include <memory>
 #include <new>
 
+#include "base/wipe.h"
 #include "crypto/aes_cbc.h"
-#include "crypto/wipe.h"
 #include "scheme/status.h"
 
 namespace {

@@ -6,13 +6,16 @@ cd "${1:-$(dirname "${BASH_SOURCE[0]}")/..}"
 
 # What each folder may include from, besides itself.
 declare -A below=(
-  [crypto]=''
-  [util]=''
-  [scheme]='util crypto'
-  [sb20]='scheme util crypto'
-  [sb10]='scheme util crypto'
-  [front]='sb20 sb10 scheme util crypto'
-  [inspect]='sb20 sb10 scheme util crypto'
+  [base]=''
+  [crypto]='base'
+  [util]='base'
+  [scheme]='util crypto base'
+  [sb20]='scheme util crypto base'
+  [sb10]='scheme util crypto base'
+  [artefact]='sb20 sb10 scheme util crypto base'
+  [front]='sb20 sb10 scheme util crypto base'
+  [inspect]='artefact sb20 sb10 scheme util crypto base'
+  [seal]='artefact sb20 sb10 scheme util crypto base'
 )
 
 # Every include as "from/unit to/unit".

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "util/early_end.h"
+#include "util/process.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 
 #include <iomanip>
 
+#include "artefact/escape.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
-#include "inspect/escape.h"
 #include "sb20/public_key_info.h"
 #include "sb20/records.h"
 #include "tests/e2e/bench.h"

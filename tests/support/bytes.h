@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 
 // Bytes and files of a test, ways to damage them, and the reader of the vectors.
 

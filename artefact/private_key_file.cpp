@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstring>
 
+#include "artefact/key_files.h"
+#include "base/wipe.h"
 #include "crypto/bn.h"
-#include "crypto/wipe.h"
-#include "inspect/key_files.h"
 #include "sb10/records.h"
 #include "sb20/records.h"
 

@@ -1,4 +1,4 @@
-#include "util/early_end.h"
+#include "util/process.h"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>

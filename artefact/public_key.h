@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "crypto/rsa.h"
 
 // An RSA public key as other tools know it.

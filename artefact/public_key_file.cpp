@@ -2,7 +2,7 @@
 #include <array>
 #include <string_view>
 
-#include "inspect/key_files.h"
+#include "artefact/key_files.h"
 #include "sb10/public_key_info.h"
 #include "sb20/public_key_info.h"
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <variant>
 
-#include "crypto/bytes.h"
+#include "base/bytes.h"
 #include "sb10/records.h"
 #include "sb20/records.h"
 #include "util/build_info.h"

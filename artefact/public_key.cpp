@@ -1,4 +1,4 @@
-#include "inspect/public_key.h"
+#include "artefact/public_key.h"
 
 #include <algorithm>
 #include <array>

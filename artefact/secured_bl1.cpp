@@ -1,4 +1,4 @@
-#include "inspect/secured_bl1.h"
+#include "artefact/secured_bl1.h"
 
 #include <algorithm>
 #include <array>

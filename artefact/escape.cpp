@@ -1,4 +1,4 @@
-#include "inspect/escape.h"
+#include "artefact/escape.h"
 
 #include <cstddef>
 #include <cstdint>

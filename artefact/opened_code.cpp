@@ -1,12 +1,12 @@
-#include "inspect/opened_code.h"
+#include "artefact/opened_code.h"
 
 #include <algorithm>
 #include <system_error>
 
+#include "artefact/public_key.h"
+#include "base/wipe.h"
 #include "crypto/aes_cbc.h"
 #include "crypto/sha1.h"
-#include "crypto/wipe.h"
-#include "inspect/public_key.h"
 #include "sb20/code_encryption.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "inspect/public_key.h"
+#include "artefact/public_key.h"
 
 // Key files of both schemes, recognised by their length, the header where there is one, and, for
 // private keys, by what they decrypt to.

@@ -3,8 +3,8 @@
 #include <future>
 #include <string>
 
-#include "crypto/bytes.h"
-#include "inspect/secured_bl1.h"
+#include "artefact/secured_bl1.h"
+#include "base/bytes.h"
 
 /// SHA-1, in hexadecimal digits, of the first-stage code as a device with these fuses runs it;
 /// empty when the scheme encrypts code and this is no whole number of cipher blocks. The image is

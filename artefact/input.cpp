@@ -1,4 +1,4 @@
-#include "inspect/input.h"
+#include "artefact/input.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-#include "crypto/wipe.h"
+#include "base/wipe.h"
 
 namespace {
 

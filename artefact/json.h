@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// JSON text (RFC 8259), each value on one line.
+
+/// Name and value, which is JSON text already.
+using JsonMember = std::pair<const char*, std::string>;
+
+std::string json_string(std::string_view text);
+std::string json_array(const std::vector<std::string>& values);
+std::string json_object(const std::vector<JsonMember>& members);
+
+/// The parts with the separator between them.
+std::string join(const std::vector<std::string>& parts, const char* separator);
