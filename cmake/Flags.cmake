@@ -1,4 +1,4 @@
-# Flags that every target of the project is built with, and how a wing is declared.
+# Flags that every target of the project is built with, and how a wing and a program are declared.
 
 include(CheckCXXCompilerFlag)
 
@@ -48,4 +48,22 @@ function(sealwright_wing name)
   foreach(wing IN LISTS ARG_LINKS)
     target_link_libraries(sealwright_${name} PUBLIC sealwright_${wing})
   endforeach()
+endfunction()
+
+# sealwright_program(<target> NAME <file name> SOURCE <file> LINKS <wing> [COMPONENT <component>]): a
+# program and its installation, for the signing party unless a component is named.
+function(sealwright_program target)
+  cmake_parse_arguments(ARG "" "NAME;SOURCE;LINKS;COMPONENT" "" ${ARGN})
+  add_executable(${target} ${ARG_SOURCE})
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${ARG_NAME})
+  target_compile_definitions(${target} PRIVATE SEALWRIGHT_VERSION="${PROJECT_VERSION}")
+  target_link_libraries(${target} PRIVATE sealwright_${ARG_LINKS})
+  if(NOT SEALWRIGHT_SANITIZE AND NOT SEALWRIGHT_FUZZ)
+    # Loading the C++ runtime would take a third of a short command's time.
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+  if(NOT ARG_COMPONENT)
+    set(ARG_COMPONENT signing)
+  endif()
+  install(TARGETS ${target} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${ARG_COMPONENT})
 endfunction()

@@ -49,7 +49,7 @@ say "Building the tool in build/release"
   if [[ ! -f build/release/build.ninja ]]; then
     cmake --preset release -DSEALWRIGHT_TESTS=OFF
   fi
-  cmake --build --preset release --target main client_main inspect_main
+  cmake --build --preset release --target sealwright_main sealwright_client sealwright_inspect_main
 )
 export PATH="$root/build/release/front:$root/build/release/inspect:$PATH"
 

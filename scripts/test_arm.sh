@@ -57,7 +57,7 @@ cmake -S . -B "$build" -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR
   -D CMAKE_CXX_FLAGS="-isystem '$libraries/usr/include/aarch64-linux-gnu'" \
   -D CMAKE_CROSSCOMPILING_EMULATOR="$(IFS=';' && printf '%s' "${run_arm[*]}")" \
   -D OPENSSL_USE_STATIC_LIBS=ON "${only[@]}"
-cmake --build "$build" -j "$(nproc)" --target unit_tests safety_tests main client_main
+cmake --build "$build" -j "$(nproc)" --target unit_tests safety_tests sealwright_main sealwright_client
 
 say "Building the 32-bit variant in build/i686"
 cmake -S . -B build/i686 -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR=ON \
@@ -98,7 +98,7 @@ grep -q '\[  PASSED  \] [1-9]' "$build/safety.out" || fail "the search for secre
 
 say "Building the end-to-end tests for this machine"
 cmake --preset release -D SEALWRIGHT_TESTS=ON
-cmake --build --preset release -j "$(nproc)" --target e2e_tests main client_main
+cmake --build --preset release -j "$(nproc)" --target e2e_tests sealwright_main sealwright_client
 
 # take_turns PROGRAM KEYS_ON IMAGES_ON: writes a program that has PROGRAM make keys and check on one
 # machine and make images on the other.
