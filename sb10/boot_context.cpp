@@ -8,16 +8,34 @@
 #include "scheme/entry_table.h"
 #include "scheme/status.h"
 
+namespace sealwright {
+
+void fill_sb10_context(SB10_CONTEXT& context, const RsaPublicKey1024& stage2_key) {
+  mark_context(context.magic, context.fill, sb10_context_magic);
+  context.stage2PublicKey = stage2_key;
+}
+
+Status digest_sb10_context(std::uint8_t* digest, const SB10_CONTEXT& context, ByteView image) {
+  return digest_image_and_key(digest, {image, view_of(context.stage2PublicKey)});
+}
+
+void attach_sb10_signature(SB10_CONTEXT& context, ByteView signature) {
+  std::memcpy(context.signature, signature.data(), sizeof context.signature);
+}
+
+}  // namespace sealwright
+
 Status Generate_SB10_Context(const std::uint8_t* rootPrivateKey, std::uint32_t rootPrivateKeyLen,
                              const std::uint8_t* stage2PublicKey, const std::uint8_t* image,
                              std::uint32_t imageLen, SB10_CONTEXT* context) {
-  mark_context(context->magic, context->fill, sb10_context_magic);
-  const void* stage2_key = stage2PublicKey;
-  if (stage2_key == nullptr) stage2_key = &context->publicKeyInfo.key;
-  std::memcpy(&context->stage2PublicKey, stage2_key, sizeof context->stage2PublicKey);
-  return sign_image_and_key(context->signature,
-                            {rsa_mode_plain, {rootPrivateKey, rootPrivateKeyLen}},
-                            {{image, imageLen}, view_of(context->stage2PublicKey)});
+  RsaPublicKey1024 stage2_key = context->publicKeyInfo.key;
+  if (stage2PublicKey != nullptr) std::memcpy(&stage2_key, stage2PublicKey, sizeof stage2_key);
+  sealwright::fill_sb10_context(*context, stage2_key);
+  std::uint8_t digest[sha1_digest_length];
+  const Status status = sealwright::digest_sb10_context(digest, *context, {image, imageLen});
+  if (status != ZEB_SUCCESS) return status;
+  return sign_context_digest(context->signature,
+                             {rsa_mode_plain, {rootPrivateKey, rootPrivateKeyLen}}, digest);
 }
 
 Status Check_SB10_Context(const std::uint8_t* eFuse, std::uint32_t eFuseLen, SB10_CONTEXT* context,

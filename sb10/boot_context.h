@@ -2,8 +2,26 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "crypto/status.h"
 #include "sb10/records.h"
+
+// The steps in which a context is made, whoever signs: fill, digest, sign, attach; then
+// Check_SB10_Context.
+namespace sealwright {
+
+/// Everything but the signature: marks and stage-2 key. `context` holds the root public-key info.
+void fill_sb10_context(SB10_CONTEXT& context, const RsaPublicKey1024& stage2_key);
+
+/// The 20 bytes that the root key signs, for the image and the stage-2 key in a filled context.
+/// @return 0; CONTEXT_ERR_SHA1_... for a null pointer.
+[[nodiscard]] Status digest_sb10_context(std::uint8_t* digest, const SB10_CONTEXT& context,
+                                         ByteView image);
+
+/// Puts the signature (128 bytes, little-endian) in its place.
+void attach_sb10_signature(SB10_CONTEXT& context, ByteView signature);
+
+}  // namespace sealwright
 
 /// Builds the context for `image`. `context` holds the root public-key info already.
 /// `stage2PublicKey` (132 bytes) may be null: the root key stands in for it then.

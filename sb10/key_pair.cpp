@@ -6,8 +6,8 @@
 #include "base/wipe.h"
 #include "crypto/checked_signature.h"
 #include "crypto/key_items.h"
+#include "sb10/key_files.h"
 #include "sb10/key_store.h"
-#include "sb10/public_key_info.h"
 #include "scheme/key_pair.h"
 #include "scheme/private_key_file.h"
 #include "scheme/status.h"
@@ -15,34 +15,22 @@
 
 namespace {
 
-constexpr Digit public_exponent = 65537;
-constexpr std::uint32_t modulus_bits = 1024;
-constexpr std::uint32_t header_length = 28;
-
-/// A new key as its files hold it.
-struct NewKey {
-  std::uint8_t efuse_data[sb10_efuse_length];
-  Sb10PublicKeyInfo info;
-  Sb10PrivateKeyItems items;
-};
-
-Status make_key(NewKey& made) {
+/// A new key: its numbers, and its public part bound to eFuse data, which a stage-2 pair leaves
+/// unused.
+Status make_key(Sb10PrivateKeyItems& items, Sb10PublicKeyInfoFile& info_file,
+                WritableBytes efuse_data) {
   ZEB_RSA_PRIVATE_KEY key;
   const WipeOnExit key_guard(key);
-  make_rsa_key(key, public_exponent, modulus_bits);
-  const KeyNumber numbers[] = {
-      {key.n, key.nWords},   {key.d, key.dWords},   {key.p, key.pWords},      {key.q, key.qWords},
-      {key.dP, key.dPWords}, {key.dQ, key.dQWords}, {key.qInv, key.qInvWords}};
-  write_item_list(writable_view_of(made.items), numbers);
-  std::uint32_t efuse_length = sizeof made.efuse_data;
-  return Generate_SB10_PublicKeyInfo(nullptr, 0, key.n, key.nWords, key.e, key.eWords,
-                                     made.efuse_data, &efuse_length, &made.info);
+  make_rsa_key(key, sealwright::sb10_public_exponent, sealwright::sb10_modulus_bits);
+  sealwright::assemble_sb10_private_items(items, key);
+  return sealwright::assemble_sb10_root_public_key(info_file, efuse_data, {key.n, key.nWords},
+                                                   {key.e, key.eWords});
 }
 
 /// Signs with the new key and checks the result under its public part.
-Status prove_possession(WritableBytes signature, const NewKey& key, ByteView message) {
-  return sign_message_checked(signature, {rsa_mode_plain, view_of(key.items)},
-                              view_of(key.info.key).data(), message);
+Status prove_possession(WritableBytes proof, const Sb10PrivateKeyItems& items,
+                        const RsaPublicKey1024& key, const std::uint8_t* digest) {
+  return sign_digest_checked(proof, {rsa_mode_plain, view_of(items)}, view_of(key).data(), digest);
 }
 
 /// Where it fails, for want of memory, the record must not be written.
@@ -50,55 +38,40 @@ Status encrypt(WritableBytes record) {
   return do_PrivateKey_Encrypt(key_file_mode_v11, record.data(), length_of(record));
 }
 
-Status write_root_set(const NewKey& key) {
-  Sb10PublicKeyInfoFile public_file = {key.info, {}};
-  Status status = prove_possession(public_file.popSignature, key, view_of(key.info));
+Status write_root_set(Sb10PublicKeyInfoFile& public_file, ByteView efuse_data,
+                      const Sb10PrivateKeyItems& items) {
+  std::uint8_t digest[sha1_digest_length];
+  sealwright::digest_sb10_root_proof(digest, public_file);
+  std::uint8_t proof[signature_bytes_1024];
+  Status status = prove_possession(proof, items, public_file.publicKeyInfo.key, digest);
   if (status != ZEB_SUCCESS) return status;
-  Sb10RootPrivateKeyFile private_file = {key.items, {}};
+  sealwright::attach_sb10_root_proof(public_file, proof);
+  Sb10RootPrivateKeyFile private_file = {items, {}};
   const WipeOnExit private_guard(private_file);
   status = encrypt(writable_view_of(private_file));
   if (status != ZEB_SUCCESS) return status;
   const OutputFile set[] = {
       {sb10_public_key_info_file, view_of(public_file), FileAccess::by_umask},
-      {sb10_efuse_file, key.efuse_data, FileAccess::by_umask},
+      {sb10_efuse_file, efuse_data, FileAccess::by_umask},
       {sb10_private_key_file, view_of(private_file), FileAccess::owner_only},
   };
   write_file_set(set);
   return ZEB_SUCCESS;
 }
 
-void start_private_file(Sb10PrivateKeyFile& file) {
-  static_assert(sizeof sb10_private_key_text - 1 == sizeof file.text);
-  file = {};
-  file.header_length = header_length;
-  std::memcpy(file.text, sb10_private_key_text, sizeof file.text);
-  file.items_length = sizeof file.items;
-}
-
-void fill_public_file(Sb10PublicKeyFile& file, const RsaPublicKey1024& key) {
-  file = {};
-  file.header_length = header_length;
-  std::memcpy(file.text, sb10_public_key_text, sizeof sb10_public_key_text);
-  file.signed_length = sizeof file.n + sizeof file.e;
-  file.n.length = sizeof file.n.number;
-  std::memcpy(file.n.number, key.n, sizeof key.n);
-  file.e.length = sizeof file.e.number;
-  std::memcpy(file.e.number, key.e, sizeof key.e);
-  file.signature_length = sizeof file.signature;
-}
-
-Status write_stage2_pair(const NewKey& key, const FileName& public_name,
-                         const FileName& private_name) {
+Status write_stage2_pair(const RsaPublicKey1024& key, const Sb10PrivateKeyItems& items,
+                         const FileName& public_name, const FileName& private_name) {
   Sb10PublicKeyFile public_file;
-  fill_public_file(public_file, key.info.key);
-  const ByteView message =
-      view_of(public_file).subspan(offsetof(Sb10PublicKeyFile, n), public_file.signed_length);
-  Status status = prove_possession(public_file.signature, key, message);
+  sealwright::assemble_sb10_public_key(public_file, key);
+  std::uint8_t digest[sha1_digest_length];
+  sealwright::digest_sb10_proof(digest, public_file);
+  std::uint8_t proof[signature_bytes_1024];
+  Status status = prove_possession(proof, items, key, digest);
   if (status != ZEB_SUCCESS) return status;
+  sealwright::attach_sb10_proof(public_file, proof);
   Sb10PrivateKeyFile private_file;
   const WipeOnExit private_guard(private_file);
-  start_private_file(private_file);
-  private_file.items = key.items;
+  sealwright::assemble_sb10_private_key(private_file, items);
   status = encrypt(writable_view_of(private_file));
   if (status != ZEB_SUCCESS) return status;
   const OutputFile set[] = {
@@ -128,18 +101,22 @@ Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const FileName public_name = join_file_name(base, ".spk");
   const FileName private_name = join_file_name(base, ".prv");
 
-  NewKey key = {};
-  const WipeOnExit key_guard(key);
-  const Status status = make_key(key);
+  Sb10PrivateKeyItems items = {};
+  const WipeOnExit items_guard(items);
+  Sb10PublicKeyInfoFile info_file;
+  std::uint8_t efuse_data[sb10_efuse_length] = {};
+  const WipeOnExit efuse_guard(efuse_data);
+  const Status status = make_key(items, info_file, efuse_data);
   if (status != ZEB_SUCCESS) return status;
-  return is_root ? write_root_set(key) : write_stage2_pair(key, public_name, private_name);
+  return is_root ? write_root_set(info_file, efuse_data, items)
+                 : write_stage2_pair(info_file.publicKeyInfo.key, items, public_name, private_name);
 }
 
 Status convert_To_OldPrivateKey(const std::uint8_t* keyRecord, std::uint32_t /*keyRecordLen*/,
                                 std::uint8_t* out) {
   Sb10PrivateKeyFile file;
   const WipeOnExit file_guard(file);
-  start_private_file(file);
+  sealwright::assemble_sb10_private_key(file, {});
   Sb10PrivateKeyItems& items = file.items;
   const WritableBytes slots[] = {writable_view_of(items.n),   writable_view_of(items.d),
                                  writable_view_of(items.p),   writable_view_of(items.q),

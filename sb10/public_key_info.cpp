@@ -45,6 +45,12 @@ Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFus
   return validate_key_binding(binding, eFuse, eFuseLen, writable_view_of(*info).data());
 }
 
+Status verify_sb10_root_proof(Sb10PublicKeyInfoFile& file) {
+  const Sb10PublicKeyInfo& info = file.publicKeyInfo;
+  return Verify_PSS_RSASignature2(view_of(info.key).data(), sizeof info.key, view_of(info).data(),
+                                  sizeof info, file.popSignature, sizeof file.popSignature);
+}
+
 std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file) {
   constexpr std::size_t n_offset = offsetof(Sb10PublicKeyFile, n.number);
   constexpr std::size_t e_offset = offsetof(Sb10PublicKeyFile, e.number);

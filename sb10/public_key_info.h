@@ -26,6 +26,10 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info);
 
+/// Checks the proof of possession in a root public-key file. A signature that fails is wiped.
+/// @return 0; VERIFY_ERR_...
+[[nodiscard]] Status verify_sb10_root_proof(Sb10PublicKeyInfoFile& file);
+
 /// Clears `key`, at least 616 bytes (twice the record), and puts n and e of a stage-2 public-key
 /// file, as long as the file says they are, one after the other into it. Lengths that run past the
 /// record leave a key of zeros, which verifies nothing.

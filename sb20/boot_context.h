@@ -2,8 +2,27 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "crypto/status.h"
 #include "sb20/records.h"
+
+// The steps in which a context is made, whoever signs: fill, digest, sign, attach; then
+// Check_SB20_Context.
+namespace sealwright {
+
+/// Everything but the signature: marks and stage-2 key. `context` holds the root public-key info.
+void fill_sb20_context(SB20_CONTEXT& context, const RsaPublicKey2048& stage2_key);
+
+/// The 20 bytes that the root key signs, for `sealed` (code as it is stored, then build
+/// information) and the stage-2 key in a filled context.
+/// @return 0; CONTEXT_ERR_SHA1_... for a null pointer.
+[[nodiscard]] Status digest_sb20_context(std::uint8_t* digest, const SB20_CONTEXT& context,
+                                         ByteView sealed);
+
+/// Puts the signature (256 bytes, little-endian) in its place.
+void attach_sb20_signature(SB20_CONTEXT& context, ByteView signature);
+
+}  // namespace sealwright
 
 /// Builds the context for `code`, as it will be stored. `context` holds the root public-key info
 /// already. `stage2PublicKey` (268 bytes) may be null: the root key stands in for it then.

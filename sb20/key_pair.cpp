@@ -4,46 +4,11 @@
 #include <span>
 
 #include "base/wipe.h"
-#include "crypto/checked_signature.h"
+#include "sb20/key_files.h"
 #include "sb20/key_store.h"
-#include "sb20/public_key_info.h"
 #include "scheme/key_pair.h"
 #include "scheme/private_key_file.h"
 #include "util/file.h"
-
-namespace {
-
-constexpr Digit public_exponent = 3;
-constexpr std::uint32_t modulus_bits = 2048;
-
-/// What the files of a key pair hold.
-struct KeyPairFiles {
-  std::uint8_t efuse_data[sb20_efuse_length];
-  Sb20PublicKeyFile public_key;
-  Sb20PrivateKeyFile private_key;
-};
-
-Status fill_key_files(KeyPairFiles& files, const ZEB_RSA_PRIVATE_KEY& key) {
-  Sb20PublicKeyInfo& info = files.public_key.publicKeyInfo;
-  std::uint32_t efuse_length = sizeof files.efuse_data;
-  const Status status = Generate_SB20_PublicKeyInfo(
-      nullptr, 0, key.n, key.nWords, key.e, key.eWords, files.efuse_data, &efuse_length, &info);
-  if (status != ZEB_SUCCESS) return status;
-
-  const KeyNumber numbers[] = {
-      {key.n, key.nWords}, {key.e, key.eWords},   {key.d, key.dWords},   {key.p, key.pWords},
-      {key.q, key.qWords}, {key.dP, key.dPWords}, {key.dQ, key.dQWords}, {key.qInv, key.qInvWords}};
-  const WritableBytes private_file = writable_view_of(files.private_key);
-  const ByteView items = write_item_list(private_file, numbers);
-  files.public_key.popSignatureLen = sizeof files.public_key.popSignature;
-  const Status proof = sign_message_checked(files.public_key.popSignature, {rsa_mode_crt, items},
-                                            view_of(info.key).data(), view_of(info));
-  if (proof != ZEB_SUCCESS) return proof;
-  // Where it cannot be encrypted, for want of memory, it must not be written.
-  return do_PrivateKey_Encrypt(key_file_mode_v21, private_file.data(), length_of(private_file));
-}
-
-}  // namespace
 
 Status sb20_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const bool is_root = mode == root_key_mode;
@@ -55,10 +20,14 @@ Status sb20_Generate_KeyPair(std::int32_t mode, const char* baseName) {
 
   ZEB_RSA_PRIVATE_KEY key;
   const WipeOnExit key_guard(key);
-  KeyPairFiles files = {};
+  sealwright::Sb20KeyFiles files = {};
   const WipeOnExit files_guard(files);
-  make_rsa_key(key, public_exponent, modulus_bits);
-  const Status status = fill_key_files(files, key);
+  make_rsa_key(key, sealwright::sb20_public_exponent, sealwright::sb20_modulus_bits);
+  Status status = sealwright::make_sb20_key_files(files, key);
+  if (status != ZEB_SUCCESS) return status;
+  // Where it cannot be encrypted, for want of memory, it must not be written.
+  const WritableBytes private_file = writable_view_of(files.private_key);
+  status = do_PrivateKey_Encrypt(key_file_mode_v21, private_file.data(), length_of(private_file));
   if (status != ZEB_SUCCESS) return status;
 
   const std::array<OutputFile, 3> set = {{

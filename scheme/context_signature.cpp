@@ -16,8 +16,8 @@ constexpr FourStepCodes signing = {CONTEXT_ERR_SHA1_INIT, CONTEXT_ERR_SHA1_IMAGE
 constexpr FourStepCodes checking = {CHECK_ERR_SHA1_INIT, CHECK_ERR_SHA1_IMAGE, CHECK_ERR_SHA1_KEY,
                                     CHECK_ERR_SHA1_FINAL};
 
-Status digest_image_and_key(std::uint8_t* digest, const ImageAndKey& covered,
-                            const FourStepCodes& codes) {
+Status digest_in_steps(std::uint8_t* digest, const ImageAndKey& covered,
+                       const FourStepCodes& codes) {
   ZEB_SHA1 hash = {};
   const auto update = [&](ByteView bytes) {
     return ZEB_SHA1_Update(&hash, bytes.data(), length_of(bytes));
@@ -36,19 +36,20 @@ void mark_context(WritableBytes magic, WritableBytes fill, ByteView name) {
   std::copy(name.begin(), name.end(), magic.begin());
 }
 
-Status sign_image_and_key(WritableBytes signature, const SigningKey& root_key,
-                          const ImageAndKey& covered) {
-  std::uint8_t digest[sha1_digest_length];
-  const Status status = digest_image_and_key(digest, covered, signing);
-  if (status != ZEB_SUCCESS) return status;
-  const Status signed_status = sign_digest_at_size(signature, root_key, digest);
-  return signed_status == ZEB_SUCCESS ? ZEB_SUCCESS : CONTEXT_ERR_SIGNING;
+Status digest_image_and_key(std::uint8_t* digest, const ImageAndKey& covered) {
+  return digest_in_steps(digest, covered, signing);
+}
+
+Status sign_context_digest(WritableBytes signature, const SigningKey& root_key,
+                           const std::uint8_t* digest) {
+  const Status status = sign_digest_at_size(signature, root_key, digest);
+  return status == ZEB_SUCCESS ? ZEB_SUCCESS : CONTEXT_ERR_SIGNING;
 }
 
 Status verify_image_and_key(WritableBytes signature, ByteView root_key,
                             const ImageAndKey& covered) {
   std::uint8_t digest[sha1_digest_length];
-  const Status status = digest_image_and_key(digest, covered, checking);
+  const Status status = digest_in_steps(digest, covered, checking);
   if (status != ZEB_SUCCESS) return status;
   const Status verified =
       Verify_PSS_RSASignature(root_key.data(), length_of(root_key), digest, sha1_digest_length,

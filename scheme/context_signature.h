@@ -18,12 +18,17 @@ struct ImageAndKey {
 /// Marks a context: fills `fill` with the byte 0xAA and writes `name` to the zeroed `magic`.
 void mark_context(WritableBytes magic, WritableBytes fill, ByteView name);
 
-/// Signs with the root key. The signature is not checked here: callers run the device's check on
-/// the finished context before they report success.
-/// @return 0; CONTEXT_ERR_SHA1_...; CONTEXT_ERR_SIGNING.
-Status sign_image_and_key(WritableBytes signature, const SigningKey& root_key,
-                          const ImageAndKey& covered);
+/// The 20 bytes that the root key signs.
+/// @return 0; CONTEXT_ERR_SHA1_... for a null pointer.
+[[nodiscard]] Status digest_image_and_key(std::uint8_t* digest, const ImageAndKey& covered);
+
+/// Signs the digest with the root key. The signature is not checked here: callers run the device's
+/// check on the finished context before they report success.
+/// @return 0; CONTEXT_ERR_SIGNING.
+[[nodiscard]] Status sign_context_digest(WritableBytes signature, const SigningKey& root_key,
+                                         const std::uint8_t* digest);
 
 /// Verifies with the root public key; a signature that fails is wiped.
 /// @return 0; CHECK_ERR_SHA1_...; CHECK_ERR_SIGNATURE.
-Status verify_image_and_key(WritableBytes signature, ByteView root_key, const ImageAndKey& covered);
+[[nodiscard]] Status verify_image_and_key(WritableBytes signature, ByteView root_key,
+                                          const ImageAndKey& covered);

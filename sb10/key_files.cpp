@@ -1,0 +1,72 @@
+#include "sb10/key_files.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "sb10/public_key_info.h"
+
+namespace sealwright {
+
+namespace {
+
+constexpr std::uint32_t header_length = 28;
+
+}  // namespace
+
+Status assemble_sb10_root_public_key(Sb10PublicKeyInfoFile& file, WritableBytes efuse_data,
+                                     const KeyNumber& n, const KeyNumber& e) {
+  file = {};
+  std::uint32_t efuse_length = length_of(efuse_data);
+  return Generate_SB10_PublicKeyInfo(nullptr, 0, n.digits, n.digit_count, e.digits, e.digit_count,
+                                     efuse_data.data(), &efuse_length, &file.publicKeyInfo);
+}
+
+void assemble_sb10_public_key(Sb10PublicKeyFile& file, const RsaPublicKey1024& key) {
+  file = {};
+  file.header_length = header_length;
+  std::memcpy(file.text, sb10_public_key_text, sizeof sb10_public_key_text);
+  file.signed_length = sizeof file.n + sizeof file.e;
+  file.n.length = sizeof file.n.number;
+  std::memcpy(file.n.number, key.n, sizeof key.n);
+  file.e.length = sizeof file.e.number;
+  std::memcpy(file.e.number, key.e, sizeof key.e);
+  file.signature_length = sizeof file.signature;
+}
+
+void digest_sb10_root_proof(std::uint8_t* digest, const Sb10PublicKeyInfoFile& file) {
+  // The status can be dropped here and below: no pointer is null.
+  sha1_message(view_of(file.publicKeyInfo).data(), sizeof file.publicKeyInfo, digest,
+               signing_sha1_codes);
+}
+
+void digest_sb10_proof(std::uint8_t* digest, const Sb10PublicKeyFile& file) {
+  const ByteView covered =
+      view_of(file).subspan(offsetof(Sb10PublicKeyFile, n), sizeof file.n + sizeof file.e);
+  sha1_message(covered.data(), length_of(covered), digest, signing_sha1_codes);
+}
+
+void attach_sb10_root_proof(Sb10PublicKeyInfoFile& file, ByteView signature) {
+  std::copy_n(signature.begin(), sizeof file.popSignature, file.popSignature);
+}
+
+void attach_sb10_proof(Sb10PublicKeyFile& file, ByteView signature) {
+  std::copy_n(signature.begin(), sizeof file.signature, file.signature);
+}
+
+void assemble_sb10_private_items(Sb10PrivateKeyItems& items, const ZEB_RSA_PRIVATE_KEY& key) {
+  const KeyNumber numbers[] = {
+      {key.n, key.nWords},   {key.d, key.dWords},   {key.p, key.pWords},      {key.q, key.qWords},
+      {key.dP, key.dPWords}, {key.dQ, key.dQWords}, {key.qInv, key.qInvWords}};
+  write_item_list(writable_view_of(items), numbers);
+}
+
+void assemble_sb10_private_key(Sb10PrivateKeyFile& file, const Sb10PrivateKeyItems& items) {
+  static_assert(sizeof sb10_private_key_text - 1 == sizeof file.text);
+  file = {};
+  file.header_length = header_length;
+  std::memcpy(file.text, sb10_private_key_text, sizeof file.text);
+  file.items_length = sizeof file.items;
+  file.items = items;
+}
+
+}  // namespace sealwright
