@@ -18,5 +18,6 @@ struct KeyFile {
 std::optional<KeyFile> read_public_key_file(ByteView file);
 
 /// A private-key file that opens and holds a modulus; proven: n = p q; e d = 1, dP = d and dQ = d
-/// modulo p - 1 and q - 1; q qInv = 1 modulo p.
+/// modulo p - 1 and q - 1; q qInv = 1 modulo p; a number raised to d comes back raised to e, in
+/// scheme 2.1 by all of the numbers and with p above q.
 std::optional<KeyFile> read_private_key_file(ByteView file);

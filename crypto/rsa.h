@@ -2,8 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
+#include "base/bytes.h"
 #include "crypto/bn.h"
+#include "crypto/pss.h"
 #include "crypto/rsa_key.h"
 #include "crypto/sha1.h"
 #include "crypto/status.h"
@@ -36,18 +39,12 @@ struct RsaPublicKey2048 {
 static_assert(sizeof(RsaPublicKey2048) == 268);
 static_assert(offsetof(RsaPublicKey2048, eLen) == 260);
 
-inline constexpr std::uint32_t pss_salt_length = 20;  // bytes, for every signature made here
-
 inline constexpr std::int32_t rsa_mode_plain = 0;  // key items n, d
 inline constexpr std::int32_t rsa_mode_crt = 1;    // key items n, e, d, p, q, dP, dQ, qInv
 
 /// What a signer returns for a failing step of its message digest.
 inline constexpr Sha1StepCodes signing_sha1_codes = {SIGN_ERR_SHA1_INIT, SIGN_ERR_SHA1_UPDATE,
                                                      SIGN_ERR_SHA1_FINAL};
-
-/// XORs MGF1-SHA-1(seed) over `target_length` bytes in place (RFC 8017, B.2.1).
-void zeb_PKCS1_MGF1_Sha1(std::uint8_t* target, std::uint32_t target_length,
-                         const std::uint8_t* seed, std::uint32_t seed_length);
 
 /// Signs a digest with n and d, both of `nWords` digits (at most 64), and `sLen` fresh salt bytes.
 /// The signature has nWords digits, and so `*sigWords` says.
@@ -107,3 +104,16 @@ Status Verify_PSS_RSASignature(const std::uint8_t* publicKey, std::uint32_t publ
 Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t publicKeyLen,
                                 const std::uint8_t* message, std::uint32_t messageLen,
                                 std::uint8_t* signature, std::uint32_t signatureLen);
+
+namespace sealwright {
+
+using Sha1Digest = std::span<std::uint8_t, sha1_digest_length>;
+
+/// What Verify_PSS_RSASignature2 does with the digest that it makes, for a caller that has hashed
+/// the message itself, block by block say: the digit counts of the 256-byte form come from the key.
+/// A failed verification overwrites the caller's signature and digest with zeros.
+/// @return 0; VERIFY_ERR_SIGNATURE_LENGTH (nothing wiped); VERIFY_ERR_RSA.
+[[nodiscard]] Status verify_by_stated_counts(WritableBytes signature,
+                                             const std::uint8_t* public_key, Sha1Digest digest);
+
+}  // namespace sealwright

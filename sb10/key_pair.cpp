@@ -21,7 +21,9 @@ Status make_key(Sb10PrivateKeyItems& items, Sb10PublicKeyInfoFile& info_file,
                 WritableBytes efuse_data) {
   ZEB_RSA_PRIVATE_KEY key;
   const WipeOnExit key_guard(key);
-  make_rsa_key(key, sealwright::sb10_public_exponent, sealwright::sb10_modulus_bits);
+  const Status status =
+      make_rsa_key(key, sealwright::sb10_public_exponent, sealwright::sb10_modulus_bits);
+  if (status != ZEB_SUCCESS) return status;
   sealwright::assemble_sb10_private_items(items, key);
   return sealwright::assemble_sb10_root_public_key(info_file, efuse_data, {key.n, key.nWords},
                                                    {key.e, key.eWords});

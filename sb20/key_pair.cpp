@@ -22,8 +22,10 @@ Status sb20_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const WipeOnExit key_guard(key);
   sealwright::Sb20KeyFiles files = {};
   const WipeOnExit files_guard(files);
-  make_rsa_key(key, sealwright::sb20_public_exponent, sealwright::sb20_modulus_bits);
-  Status status = sealwright::make_sb20_key_files(files, key);
+  Status status =
+      make_rsa_key(key, sealwright::sb20_public_exponent, sealwright::sb20_modulus_bits);
+  if (status != ZEB_SUCCESS) return status;
+  status = sealwright::make_sb20_key_files(files, key);
   if (status != ZEB_SUCCESS) return status;
   // Where it cannot be encrypted, for want of memory, it must not be written.
   const WritableBytes private_file = writable_view_of(files.private_key);

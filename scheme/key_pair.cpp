@@ -2,13 +2,14 @@
 
 #include "crypto/key_items.h"
 #include "crypto/prime.h"
+#include "crypto/rsa_key_check.h"
 
-void make_rsa_key(ZEB_RSA_PRIVATE_KEY& key, Digit exponent, std::uint32_t modulus_bits) {
+Status make_rsa_key(ZEB_RSA_PRIVATE_KEY& key, Digit exponent, std::uint32_t modulus_bits) {
   key = {};
   key.e[0] = exponent;
   key.eWords = 1;
-  // The status can be dropped: only a size that neither scheme asks for has one.
-  ZEB_RSA_KeyGen(&key, modulus_bits);
+  if (ZEB_RSA_KeyGen(&key, modulus_bits) != ZEB_SUCCESS) return SIGN_ERR_RSA;
+  return sealwright::rsa_key_agrees(key, KeyItemLayout::crt) ? ZEB_SUCCESS : SIGN_ERR_RSA;
 }
 
 ByteView write_item_list(WritableBytes list, std::span<const KeyNumber> numbers) {
