@@ -5,8 +5,6 @@
 #include <utility>
 #include <vector>
 
-namespace sealwright {
-
 // JSON text (RFC 8259), each value on one line.
 
 /// Name and value, which is JSON text already.
@@ -18,5 +16,3 @@ std::string json_object(const std::vector<JsonMember>& members);
 
 /// The parts with the separator between them.
 std::string join(const std::vector<std::string>& parts, const char* separator);
-
-}  // namespace sealwright

@@ -8,14 +8,14 @@
 
 Image read_image(const char* path, std::uint32_t room) {
   const auto length = static_cast<std::uint32_t>(get_file_length(path));
-  if (length > std::numeric_limits<std::int32_t>::max() - room) fail_file_open();
-  Image image = {LargeBuffer(std::size_t{length} + room), length, room};
-  if (image.buffer.data() == nullptr) fail_file_open();
-  read_whole_or_fail({image.buffer.data(), length}, path);
+  if (length > std::numeric_limits<std::int32_t>::max() - room) sealwright::fail_file_open();
+  Image image = {sealwright::LargeBuffer(std::size_t{length} + room), length, room};
+  if (image.buffer.data() == nullptr) sealwright::fail_file_open();
+  sealwright::read_whole_or_fail({image.buffer.data(), length}, path);
   return image;
 }
 
-std::uint8_t* end_of(const Image& image) {
+std::uint8_t* end_of(Image& image) {
   return image.buffer.data() + image.length;
 }
 
@@ -26,7 +26,7 @@ std::int32_t publish(const char* path, const Image& image, Status status) {
   return static_cast<std::int32_t>(status);
 }
 
-SecuredImage split(const Image& image, std::uint32_t tail_length) {
+SecuredImage split(Image& image, std::uint32_t tail_length) {
   if (image.length < tail_length) return {};
   const std::uint32_t body_length = image.length - tail_length;
   return {{image.buffer.data(), body_length}, {image.buffer.data() + body_length, tail_length}};

@@ -8,13 +8,13 @@
 
 /// An image and the room after it.
 struct Image {
-  LargeBuffer buffer;
+  sealwright::LargeBuffer buffer;
   std::uint32_t length;  // of the file alone
   std::uint32_t room;    // zero bytes after it, for what belongs there
 };
 
 /// Where the room after the image starts.
-std::uint8_t* end_of(const Image& image);
+std::uint8_t* end_of(Image& image);
 
 /// Reads a whole file. One that is too large, with its room, for signed 32-bit lengths or for
 /// memory ends the process as one that cannot be opened.
@@ -28,7 +28,7 @@ struct SecuredImage {
   ByteView body;
   WritableBytes tail;  // empty when the image is shorter than its tail
 };
-SecuredImage split(const Image& image, std::uint32_t tail_length);
+SecuredImage split(Image& image, std::uint32_t tail_length);
 
 /// Prints the line for the verdict. @return 0 when valid, otherwise -1.
 std::int32_t print_verdict(bool valid, const char* success_line, const char* failure_line);

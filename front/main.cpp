@@ -11,6 +11,6 @@
 
 /// The full tool. The exit status is the low byte of the command's status.
 int main(int argc, char** argv) {
-  forbid_core_dumps();
+  sealwright::forbid_core_dumps();
   return run_main(argc, argv, {sb10_main, sb20_main, print_SB20_Usage});
 }

@@ -32,7 +32,7 @@ std::int32_t generate_sb10_root_keys(Arguments /*arguments*/) {
 
 std::int32_t seal_sb20_stage1(Arguments arguments) {
   require_randomness();
-  const Image image = read_image(arguments[2], sizeof sb20_Context);
+  Image image = read_image(arguments[2], sizeof sb20_Context);
   const Status status = sb20_Generate_Stage1(image.buffer.data(), image.length);
   if (status == ZEB_SUCCESS) std::memcpy(end_of(image), &sb20_Context, sizeof sb20_Context);
   return publish(arguments[3], image, status);
@@ -40,7 +40,7 @@ std::int32_t seal_sb20_stage1(Arguments arguments) {
 
 std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments) {
   require_randomness();
-  const Image image = read_image(arguments[2], sizeof(BuildInfo) + sizeof sb20_Context);
+  Image image = read_image(arguments[2], sizeof(BuildInfo) + sizeof sb20_Context);
   const std::uint32_t total = image.length + sizeof(BuildInfo);
   const Status status = sb20_Generate_Stage1_Polymorphic(image.buffer.data(), total);
   std::uint8_t* context = image.buffer.data() + total;
@@ -50,14 +50,14 @@ std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments) {
 
 std::int32_t seal_sb10_stage1(Arguments arguments) {
   require_randomness();
-  const Image image = read_image(arguments[2], sizeof sb10_Context);
+  Image image = read_image(arguments[2], sizeof sb10_Context);
   const Status status = sb10_Generate_Stage1(image.buffer.data(), image.length);
   if (status == ZEB_SUCCESS) std::memcpy(end_of(image), &sb10_Context, sizeof sb10_Context);
   return publish(arguments[3], image, status);
 }
 
 std::int32_t verify_sb20_stage1(Arguments arguments) {
-  const Image image = read_image(arguments[2], 0);
+  Image image = read_image(arguments[2], 0);
   const EfuseData efuse = load_sb20_efuse_data(arguments[3], EfuseLength::of_fuses);
   const SecuredImage secured = split(image, sizeof(SB20_CONTEXT));
   SB20_CONTEXT context = {};
@@ -69,7 +69,7 @@ std::int32_t verify_sb20_stage1(Arguments arguments) {
 }
 
 std::int32_t verify_sb10_stage1(Arguments arguments) {
-  const Image image = read_image(arguments[2], 0);
+  Image image = read_image(arguments[2], 0);
   const EfuseData efuse = load_sb10_efuse_data(arguments[3], EfuseLength::of_fuses);
   const SecuredImage secured = split(image, sizeof(SB10_CONTEXT));
   SB10_CONTEXT context = {};

@@ -17,7 +17,7 @@
 
 namespace {
 
-std::int32_t verify_stage2(const Image& image, ByteView key, std::uint32_t signature_length) {
+std::int32_t verify_stage2(Image& image, ByteView key, std::uint32_t signature_length) {
   const SecuredImage secured = split(image, signature_length);
   const bool valid = !secured.tail.empty() &&
                      Verify_PSS_RSASignature2(key.data(), length_of(key), secured.body.data(),
@@ -29,7 +29,7 @@ std::int32_t verify_stage2(const Image& image, ByteView key, std::uint32_t signa
 }  // namespace
 
 void require_randomness() {
-  if (!random_source_available()) abort_run();
+  if (!random_source_available()) sealwright::abort_run();
 }
 
 // Quirk: here and for root keys the result is 0 also when nothing could be made; scripts depend on
@@ -50,7 +50,7 @@ std::int32_t generate_sb10_stage2_keys(Arguments arguments) {
 
 std::int32_t sign_sb20_stage2(Arguments arguments) {
   require_randomness();
-  const Image image = read_image(arguments[2], signature_bytes_2048);
+  Image image = read_image(arguments[2], signature_bytes_2048);
   std::uint32_t signature_length = signature_bytes_2048;
   const Status status = sb20_Generate_Stage2(arguments[4], image.buffer.data(), image.length,
                                              end_of(image), &signature_length);
@@ -59,7 +59,7 @@ std::int32_t sign_sb20_stage2(Arguments arguments) {
 
 std::int32_t sign_sb10_stage2(Arguments arguments) {
   require_randomness();
-  const Image image = read_image(arguments[2], signature_bytes_1024);
+  Image image = read_image(arguments[2], signature_bytes_1024);
   std::uint32_t signature_length = signature_bytes_1024;
   const Status status = sb10_Generate_Stage2(arguments[4], image.buffer.data(), image.length,
                                              end_of(image), &signature_length);
@@ -67,12 +67,12 @@ std::int32_t sign_sb10_stage2(Arguments arguments) {
 }
 
 std::int32_t verify_sb20_stage2(Arguments arguments) {
-  const Image image = read_image(arguments[2], 0);
+  Image image = read_image(arguments[2], 0);
   return verify_stage2(image, load_public_key_file(arguments[3]), signature_bytes_2048);
 }
 
 std::int32_t verify_sb10_stage2(Arguments arguments) {
-  const Image image = read_image(arguments[2], 0);
+  Image image = read_image(arguments[2], 0);
   return verify_stage2(image, load_sb10_stage2_public_key(arguments[3]), signature_bytes_1024);
 }
 

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "artefact/boot_check.h"
+#include <optional>
+
 #include "inspect/report.h"
 
-namespace sealwright {
-
-/// Whether a device with these fuses boots this chain. Each check is made whatever the others say.
-Report describe_boot(const BootChain& chain);
-
-}  // namespace sealwright
+/// Whether a device with these fuses boots this first stage and, when it is given, this second
+/// stage. Each check is made whatever the others say.
+Report check_boot(ByteView efuse, ByteView bl1, const std::optional<ByteView>& bl2);

@@ -3,8 +3,6 @@
 #include <span>
 #include <vector>
 
-namespace sealwright {
-
 enum class Action { describe, boot, pem, help, version, refuse };
 
 struct Options {
@@ -19,5 +17,3 @@ Options read_options(std::span<char*> arguments);
 
 /// The page that --help prints.
 extern const char help_text[];
-
-}  // namespace sealwright

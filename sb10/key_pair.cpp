@@ -12,6 +12,7 @@
 #include "scheme/private_key_file.h"
 #include "scheme/status.h"
 #include "util/file.h"
+#include "util/file_set.h"
 
 namespace {
 
@@ -52,17 +53,18 @@ Status write_root_set(Sb10PublicKeyInfoFile& public_file, ByteView efuse_data,
   const WipeOnExit private_guard(private_file);
   status = encrypt(writable_view_of(private_file));
   if (status != ZEB_SUCCESS) return status;
-  const OutputFile set[] = {
-      {sb10_public_key_info_file, view_of(public_file), FileAccess::by_umask},
-      {sb10_efuse_file, efuse_data, FileAccess::by_umask},
-      {sb10_private_key_file, view_of(private_file), FileAccess::owner_only},
+  const sealwright::OutputFile set[] = {
+      {sb10_public_key_info_file, view_of(public_file), sealwright::FileAccess::by_umask},
+      {sb10_efuse_file, efuse_data, sealwright::FileAccess::by_umask},
+      {sb10_private_key_file, view_of(private_file), sealwright::FileAccess::owner_only},
   };
-  write_file_set(set);
+  sealwright::write_file_set(set);
   return ZEB_SUCCESS;
 }
 
 Status write_stage2_pair(const RsaPublicKey1024& key, const Sb10PrivateKeyItems& items,
-                         const FileName& public_name, const FileName& private_name) {
+                         const sealwright::FileName& public_name,
+                         const sealwright::FileName& private_name) {
   Sb10PublicKeyFile public_file;
   sealwright::assemble_sb10_public_key(public_file, key);
   std::uint8_t digest[sha1_digest_length];
@@ -76,11 +78,11 @@ Status write_stage2_pair(const RsaPublicKey1024& key, const Sb10PrivateKeyItems&
   sealwright::assemble_sb10_private_key(private_file, items);
   status = encrypt(writable_view_of(private_file));
   if (status != ZEB_SUCCESS) return status;
-  const OutputFile set[] = {
-      {public_name.data(), view_of(public_file), FileAccess::by_umask},
-      {private_name.data(), view_of(private_file), FileAccess::owner_only},
+  const sealwright::OutputFile set[] = {
+      {public_name.data(), view_of(public_file), sealwright::FileAccess::by_umask},
+      {private_name.data(), view_of(private_file), sealwright::FileAccess::owner_only},
   };
-  write_file_set(set);
+  sealwright::write_file_set(set);
   return ZEB_SUCCESS;
 }
 
@@ -100,8 +102,8 @@ Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const bool is_root = mode == root_key_mode;
   // Names first: one that is too long aborts before anything is made.
   const char* base = is_root ? "" : baseName;
-  const FileName public_name = join_file_name(base, ".spk");
-  const FileName private_name = join_file_name(base, ".prv");
+  const sealwright::FileName public_name = sealwright::join_file_name(base, ".spk");
+  const sealwright::FileName private_name = sealwright::join_file_name(base, ".prv");
 
   Sb10PrivateKeyItems items = {};
   const WipeOnExit items_guard(items);

@@ -8,8 +8,8 @@
 /// Makes an RSA-1024 key pair with e = 65537 and writes its files. Mode 1: the root set
 /// "publicKeyInfo.dat", "eFuseData.dat" and "privateKey.dat"; `baseName` is not used. Any other
 /// mode: `baseName` with ".spk" and ".prv"; a name above 123 characters aborts. With a status other
-/// than 0 no file is touched. Where write_file_set cannot open the files or finds no room for them,
-/// it says so and touches none either, but the status is 0.
+/// than 0 no file is touched. Where write_file_set cannot make the whole set, it says so and
+/// touches no file either, but the status is 0.
 /// @return 0; what Generate_SB10_PublicKeyInfo returns; SIGN_ERR_... of the proof of possession;
 ///         CIPHER_ERR_... of the private-key file.
 Status sb10_Generate_KeyPair(std::int32_t mode, const char* baseName);

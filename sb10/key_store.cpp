@@ -48,13 +48,13 @@ EfuseData load_sb10_efuse_data(const char* path, EfuseLength rule) {
 
 SB10_CONTEXT& load_sb10_root_info() {
   sb10_Context = {};
-  read_record(writable_view_of(sb10_Context.publicKeyInfo), sb10_public_key_info_file);
+  sealwright::read_record(writable_view_of(sb10_Context.publicKeyInfo), sb10_public_key_info_file);
   return sb10_Context;
 }
 
 ByteView load_sb10_stage2_public_key(const char* path) {
-  read_record(writable_view_of(sb10_pubkey_file), path);
-  if (sb10_pubkey_file.n.length > sizeof publicKey) abort_run();
+  sealwright::read_record(writable_view_of(sb10_pubkey_file), path);
+  if (sb10_pubkey_file.n.length > sizeof publicKey) sealwright::abort_run();
   static_assert(2 * sizeof sb10_pubkey_file <= sizeof publicKey);
   publicKeyLen = join_sb10_key(publicKey, sb10_pubkey_file);
   return publicKey;
@@ -62,9 +62,9 @@ ByteView load_sb10_stage2_public_key(const char* path) {
 
 Sb10SigningKey load_sb10_stage2_private_key(const char* path) {
   const WritableBytes record = writable_view_of(sb10_privkey_file);
-  const std::int32_t file_length = read_record(record, path);
+  const std::int32_t file_length = sealwright::read_record(record, path);
   // What comes after the record is ignored, but no private-key file is longer than the key buffer.
-  if (file_length > static_cast<std::int32_t>(sizeof privateKey)) abort_run();
+  if (file_length > static_cast<std::int32_t>(sizeof privateKey)) sealwright::abort_run();
   // The status can be dropped: the record is whole blocks.
   do_PrivateKey_Decrypt(key_file_mode_v11, record.data(), length_of(record));
 

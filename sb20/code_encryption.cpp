@@ -64,8 +64,8 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
   const WipeOnExit cipher_guard(cipher);
   const Status status = set_up_code_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
-  const LargeBuffer ciphertext(codeLen);
-  const LargeBuffer opened(codeLen);
+  sealwright::LargeBuffer ciphertext(codeLen);
+  sealwright::LargeBuffer opened(codeLen);
   if (ciphertext.data() == nullptr || opened.data() == nullptr ||
       ZEB_AES_CBC_EncInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;

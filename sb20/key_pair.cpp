@@ -9,14 +9,17 @@
 #include "scheme/key_pair.h"
 #include "scheme/private_key_file.h"
 #include "util/file.h"
+#include "util/file_set.h"
 
 Status sb20_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   const bool is_root = mode == root_key_mode;
   // Names first: one that is too long aborts before anything is made.
-  const FileName public_name = is_root ? join_file_name(sb20_public_key_info_file, "")
-                                       : join_file_name(baseName, "_V21.spk");
-  const FileName private_name =
-      is_root ? join_file_name(sb20_private_key_file, "") : join_file_name(baseName, "_V21.prv");
+  const sealwright::FileName public_name =
+      is_root ? sealwright::join_file_name(sb20_public_key_info_file, "")
+              : sealwright::join_file_name(baseName, "_V21.spk");
+  const sealwright::FileName private_name =
+      is_root ? sealwright::join_file_name(sb20_private_key_file, "")
+              : sealwright::join_file_name(baseName, "_V21.prv");
 
   ZEB_RSA_PRIVATE_KEY key;
   const WipeOnExit key_guard(key);
@@ -32,11 +35,11 @@ Status sb20_Generate_KeyPair(std::int32_t mode, const char* baseName) {
   status = do_PrivateKey_Encrypt(key_file_mode_v21, private_file.data(), length_of(private_file));
   if (status != ZEB_SUCCESS) return status;
 
-  const std::array<OutputFile, 3> set = {{
-      {sb20_efuse_file, files.efuse_data, FileAccess::owner_only},
-      {public_name.data(), view_of(files.public_key), FileAccess::by_umask},
-      {private_name.data(), view_of(files.private_key), FileAccess::owner_only},
+  const std::array<sealwright::OutputFile, 3> set = {{
+      {sb20_efuse_file, files.efuse_data, sealwright::FileAccess::owner_only},
+      {public_name.data(), view_of(files.public_key), sealwright::FileAccess::by_umask},
+      {private_name.data(), view_of(files.private_key), sealwright::FileAccess::owner_only},
   }};
-  write_file_set(std::span(set).subspan(is_root ? 0 : 1));
+  sealwright::write_file_set(std::span(set).subspan(is_root ? 0 : 1));
   return ZEB_SUCCESS;
 }

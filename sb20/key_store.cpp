@@ -17,8 +17,8 @@ EfuseData load_sb20_efuse_data(const char* path, EfuseLength rule) {
 const SB20_CONTEXT& load_sb20_root_info(std::uint32_t length) {
   sb20_Context = {};
   const WritableBytes context = writable_view_of(sb20_Context);
-  read_record(context.subspan(offsetof(SB20_CONTEXT, publicKeyInfo), length),
-              sb20_public_key_info_file);
+  sealwright::read_record(context.subspan(offsetof(SB20_CONTEXT, publicKeyInfo), length),
+                          sb20_public_key_info_file);
   return sb20_Context;
 }
 

@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+namespace sealwright {
+
 namespace {
 
 constexpr std::size_t large_page_length = std::size_t{2} << 20;
@@ -44,3 +46,5 @@ LargeBuffer::LargeBuffer(LargeBuffer&& other) noexcept
     : mapping_(std::exchange(other.mapping_, nullptr)),
       mapped_length_(std::exchange(other.mapped_length_, 0)),
       data_(std::exchange(other.data_, nullptr)) {}
+
+}  // namespace sealwright

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace sealwright {
+
 /// Zero-filled memory for whole images. A large one comes straight from the system, which clears
 /// each page once when it is first touched; large pages are asked for, since touching small ones
 /// would cost more than hashing them.
@@ -16,10 +18,13 @@ class LargeBuffer {
   LargeBuffer& operator=(const LargeBuffer&) = delete;
   LargeBuffer& operator=(LargeBuffer&&) = delete;
 
-  [[nodiscard]] std::uint8_t* data() const { return data_; }
+  [[nodiscard]] std::uint8_t* data() { return data_; }
+  [[nodiscard]] const std::uint8_t* data() const { return data_; }
 
  private:
   void* mapping_ = nullptr;  // null when the memory comes from the heap
   std::size_t mapped_length_ = 0;
   std::uint8_t* data_ = nullptr;
 };
+
+}  // namespace sealwright

@@ -15,6 +15,8 @@
 #define SEALWRIGHT_LEAK_CHECK 0
 #endif
 
+namespace sealwright {
+
 namespace {
 
 constexpr int exit_status_of_failure = 255;
@@ -43,3 +45,5 @@ void fail_file_open() {
   print_file_open_error();
   std::exit(exit_status_of_failure);
 }
+
+}  // namespace sealwright

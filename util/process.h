@@ -2,6 +2,8 @@
 
 // How a run ends before its command is through.
 
+namespace sealwright {
+
 /// Sees to it that no end of the process, a crash included, leaves its memory in a core file, and
 /// that other processes of the same user cannot look into it. For the start of `main`.
 void forbid_core_dumps();
@@ -16,3 +18,5 @@ int print_file_open_error();
 
 /// Prints "file open error\n" and ends the process with exit status 255.
 [[noreturn]] void fail_file_open();
+
+}  // namespace sealwright

@@ -157,7 +157,8 @@ TEST(Files, EndsThatCommandsNeverMeet) {
   const WorkingDirectory here;
   write_bytes("file", some_bytes(10));
   Bytes read(11);
-  EXPECT_EXIT(read_whole_or_fail(read, "file"), testing::ExitedWithCode(255), "");  // it has shrunk
+  EXPECT_EXIT(sealwright::read_whole_or_fail(read, "file"), testing::ExitedWithCode(255),
+              "");  // it has shrunk
   const auto later = std::async(std::launch::async, [] {
     usleep(100'000);
     std::ofstream("file", std::ios::app) << 'x';
