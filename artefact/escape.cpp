@@ -1,8 +1,13 @@
 #include "artefact/escape.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+
+#include "artefact/unseen_characters.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -33,14 +38,23 @@ Decoded decode(std::string_view text) {
   return valid ? Decoded{code_point, length} : Decoded{replacement, 1};
 }
 
-bool is_in(std::uint32_t code_point, std::uint32_t first, std::uint32_t last) {
-  return code_point >= first && code_point <= last;
+bool is_unseen(std::uint32_t code_point) {
+  return std::ranges::any_of(unseen_characters, [&](const CodePointRange& range) {
+    return code_point >= range.first && code_point <= range.last;
+  });
 }
 
-/// Control characters, and those that turn the direction of what follows.
-bool is_control(std::uint32_t code_point) {
-  return code_point < 0x20 || is_in(code_point, 0x7F, 0x9F) || is_in(code_point, 0x200E, 0x200F) ||
-         is_in(code_point, 0x202A, 0x202E) || is_in(code_point, 0x2066, 0x2069);
+std::string escape_unit(std::uint32_t unit) {
+  char code[8];
+  std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(unit));
+  return code;
+}
+
+/// One escape, or two that make a surrogate pair.
+std::string escape_code_point(std::uint32_t code_point) {
+  if (code_point < 0x10000) return escape_unit(code_point);
+  const std::uint32_t above = code_point - 0x10000;
+  return escape_unit(0xD800 + (above >> 10)) + escape_unit(0xDC00 + (above & 0x3FF));
 }
 
 }  // namespace
@@ -51,10 +65,8 @@ std::string escape(std::string_view text) {
     const Decoded decoded = decode(text);
     if (decoded.code_point == '"' || decoded.code_point == '\\') {
       escaped += {'\\', text[0]};
-    } else if (is_control(decoded.code_point) || decoded.code_point == replacement) {
-      char code[8];
-      std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(decoded.code_point));
-      escaped += code;
+    } else if (is_unseen(decoded.code_point) || decoded.code_point == replacement) {
+      escaped += escape_code_point(decoded.code_point);
     } else {
       escaped += text.substr(0, decoded.length);
     }
@@ -67,3 +79,5 @@ std::string show_name(std::string_view name) {
   const std::string escaped = escape(name);
   return escaped == name && !name.empty() ? escaped : '"' + escaped + '"';
 }
+
+}  // namespace sealwright

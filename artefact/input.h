@@ -8,6 +8,16 @@
 
 #include "util/large_buffer.h"
 
+namespace sealwright {
+
+/// Which file it is, whatever the name it was reached by.
+struct FileIdentity {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+
+  bool operator==(const FileIdentity&) const = default;
+};
+
 /// A regular file of at most 2^31 - 1 bytes, read whole without waiting for anything. A small one
 /// may hold a key or eFuse data and is wiped at the end.
 class Input {
@@ -19,13 +29,17 @@ class Input {
   Input& operator=(const Input&) = delete;
   Input& operator=(Input&&) = delete;
 
-  /// Why it could not be read; empty when it was.
+  /// Why it could not be read; empty when it was. The rest holds only then.
   [[nodiscard]] const std::string& failure() const { return failure_; }
   [[nodiscard]] std::span<std::uint8_t> bytes() { return {buffer_->data(), length_}; }
   [[nodiscard]] std::span<const std::uint8_t> bytes() const { return {buffer_->data(), length_}; }
+  [[nodiscard]] const FileIdentity& identity() const { return identity_; }
 
  private:
-  std::optional<sealwright::LargeBuffer> buffer_;
+  std::optional<LargeBuffer> buffer_;
   std::size_t length_ = 0;
+  FileIdentity identity_;
   std::string failure_;
 };
+
+}  // namespace sealwright

@@ -2,6 +2,8 @@
 
 #include "artefact/escape.h"
 
+namespace sealwright {
+
 std::string join(const std::vector<std::string>& parts, const char* separator) {
   std::string joined;
   for (const std::string& part : parts) joined += (joined.empty() ? "" : separator) + part;
@@ -22,3 +24,5 @@ std::string json_object(const std::vector<JsonMember>& members) {
   for (const auto& [name, value] : members) pairs.push_back(json_string(name) + ": " + value);
   return '{' + join(pairs, ", ") + '}';
 }
+
+}  // namespace sealwright

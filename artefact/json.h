@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace sealwright {
+
 // JSON text (RFC 8259), each value on one line.
 
 /// Name and value, which is JSON text already.
@@ -16,3 +18,5 @@ std::string json_object(const std::vector<JsonMember>& members);
 
 /// The parts with the separator between them.
 std::string join(const std::vector<std::string>& parts, const char* separator);
+
+}  // namespace sealwright

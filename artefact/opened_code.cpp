@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <system_error>
 
-#include "artefact/public_key.h"
 #include "base/wipe.h"
 #include "crypto/aes_cbc.h"
-#include "crypto/sha1.h"
 #include "sb20/code_encryption.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -25,43 +25,60 @@ bool pass_on_iv(AesCbcContext& cipher, ByteView stored) {
                          aes_block_length, 0, 0) == ZEB_SUCCESS;
 }
 
-/// Piece by piece, so that no copy of the whole code is made.
-std::string decrypted_sha1(const SB20_CONTEXT& context, ByteView efuse, ByteView code) {
+/// Piece by piece, so that no copy of the whole code is made. `expected` is as long as the code.
+OpenedCode decrypt(const SB20_CONTEXT& context, ByteView code, ByteView efuse, ByteView expected) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
   const Status set_up = set_up_code_cipher(cipher, efuse.data(), length_of(efuse), &context);
-  if (set_up != ZEB_SUCCESS) return {};
+  if (set_up != ZEB_SUCCESS) return {CodeState::wrong_fuses};
   ZEB_SHA1 hash = {};
   const WipeOnExit hash_guard(hash);
   ZEB_SHA1_Init(&hash);
   std::uint8_t opened[piece_length];
   const WipeOnExit opened_guard(opened);
-  while (!code.empty()) {
-    const ByteView piece = code.first(std::min(piece_length, code.size()));
-    std::ranges::copy(piece, opened);
-    if (!open_piece(cipher, {opened, piece.size()}) || !pass_on_iv(cipher, piece)) return {};
+  bool is_expected = code.size() == expected.size();
+  for (std::size_t at = 0; at < code.size(); at += piece_length) {
+    const ByteView stored = code.subspan(at, std::min(piece_length, code.size() - at));
+    const WritableBytes piece = {opened, stored.size()};
+    std::ranges::copy(stored, opened);
+    if (!open_piece(cipher, piece) || !pass_on_iv(cipher, stored)) return {CodeState::wrong_fuses};
+    is_expected = is_expected && std::ranges::equal(piece, expected.subspan(at, piece.size()));
     ZEB_SHA1_Update(&hash, opened, length_of(piece));
-    code = code.subspan(piece.size());
   }
-  std::uint8_t digest[sha1_digest_length];
-  ZEB_SHA1_Final(&hash, digest);
-  return to_hex(digest);
+  Digest digest;
+  ZEB_SHA1_Final(&hash, digest.data());
+  return {CodeState::opened, to_hex(digest), is_expected};
 }
 
 }  // namespace
 
-std::string opened_code_sha1(const SecuredBl1& bl1, ByteView efuse) {
+OpenedCode open_code(const SecuredBl1& bl1, ByteView image, ByteView efuse,
+                     const std::optional<ByteView>& expected) {
+  const ByteView code = image.first(bl1.code_size);
+  const bool fuses_match = fuses_hold(efuse, root_info_of(bl1));
   const auto* context = std::get_if<SB20_CONTEXT>(&bl1.context);
-  if (context == nullptr) return sha1_hex(bl1.code);
-  if (bl1.code.size() % aes_block_length != 0) return {};
-  return decrypted_sha1(*context, efuse, bl1.code);
+  if (context == nullptr) {
+    const bool is_expected = expected && std::ranges::equal(code, *expected);
+    if (!fuses_match) return {CodeState::wrong_fuses, {}, is_expected};
+    return {CodeState::opened, sha1_hex(code), is_expected};
+  }
+  if (!fuses_match) return {CodeState::wrong_fuses};
+  if (code.size() % aes_block_length != 0) return {CodeState::not_whole_blocks};
+  OpenedCode opened = decrypt(*context, code, efuse, expected.value_or(ByteView()));
+  opened.is_expected = opened.is_expected && expected.has_value();
+  return opened;
 }
 
-std::future<std::string> start_opened_code_sha1(const SecuredBl1& bl1, ByteView efuse) {
-  const auto task = [&bl1, efuse] { return opened_code_sha1(bl1, efuse); };
+std::future<OpenedCode> start_open_code(const std::optional<SecuredBl1>& bl1, ByteView image,
+                                        ByteView efuse, const std::optional<ByteView>& expected) {
+  const auto task = [&bl1, image, efuse, &expected] {
+    return bl1 ? open_code(*bl1, image, efuse, expected) : OpenedCode{};
+  };
   try {
     return std::async(std::launch::async, task);
   } catch (const std::system_error&) {
     return std::async(std::launch::deferred, task);
   }
 }
+
+}  // namespace sealwright

@@ -1,19 +1,16 @@
-#include "scheme/private_key_file.h"
+#include "artefact/private_key_file.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstring>
 
-#include "artefact/key_files.h"
-#include "base/wipe.h"
 #include "crypto/rsa_key_check.h"
 #include "sb10/records.h"
-#include "sb20/records.h"
+#include "scheme/private_key_file.h"
+
+namespace sealwright {
 
 namespace {
-
-constexpr Digit sb10_exponent = 65537;  // not stored; every key of scheme 1.1 has it
 
 /// Takes a number out of its slot. False when another length is stated than the slot's.
 template <std::size_t Capacity>
@@ -27,73 +24,98 @@ bool take_exponent(ZEB_RSA_PRIVATE_KEY& key, const Sb20PrivateKeyFile& items) {
   return take(key.e, key.eWords, items.e);
 }
 bool take_exponent(ZEB_RSA_PRIVATE_KEY& key, const Sb10PrivateKeyItems& /*items*/) {
-  key.e[0] = sb10_exponent;
+  key.e[0] = facts_of(Scheme::sb10).exponent;
   key.eWords = 1;
   return true;
 }
 
-PublicKey take_public_part(const Sb20PrivateKeyFile& items) {
-  RsaPublicKey2048 stored;  // as the items start
-  std::memcpy(&stored, &items, sizeof stored);
-  return to_public_key(stored);
-}
-PublicKey take_public_part(const Sb10PrivateKeyItems& items) {
-  RsaPublicKey1024 stored;
-  std::memcpy(stored.n, items.n.number, sizeof stored.n);
-  store_le32(stored.e, sb10_exponent);
-  return to_public_key(stored);
-}
-
-/// The key in a decrypted file, unless its modulus already does not have its length. `layout` is
-/// what its scheme signs with.
+/// Takes all numbers. False when already the modulus states another length than its slot's.
 template <typename Items>
-std::optional<KeyFile> read_items(const Items& items, KeyItemLayout layout, const char* scheme) {
-  ZEB_RSA_PRIVATE_KEY key = {};
-  const WipeOnExit key_guard(key);
-  if (!take(key.n, key.nWords, items.n)) return std::nullopt;
-  const bool complete = take_exponent(key, items) && take(key.d, key.dWords, items.d) &&
-                        take(key.p, key.pWords, items.p) && take(key.q, key.qWords, items.q) &&
-                        take(key.dP, key.dPWords, items.dP) &&
-                        take(key.dQ, key.dQWords, items.dQ) &&
-                        take(key.qInv, key.qInvWords, items.qInv);
-  const PublicKey shown = take_public_part(items);
-  return KeyFile{scheme, shown, complete && sealwright::rsa_key_agrees(key, layout)};
+bool take_items(PrivateKey& key, const Items& items) {
+  ZEB_RSA_PRIVATE_KEY& numbers = key.numbers;
+  if (!take(numbers.n, numbers.nWords, items.n)) return false;
+  const bool have[] = {take_exponent(numbers, items),
+                       take(numbers.d, numbers.dWords, items.d),
+                       take(numbers.p, numbers.pWords, items.p),
+                       take(numbers.q, numbers.qWords, items.q),
+                       take(numbers.dP, numbers.dPWords, items.dP),
+                       take(numbers.dQ, numbers.dQWords, items.dQ),
+                       take(numbers.qInv, numbers.qInvWords, items.qInv)};
+  key.complete = std::ranges::find(have, false) == std::end(have);
+  return true;
 }
 
+/// Decrypts the file into `plain`; a record of it is then copied out.
 template <typename Record>
-bool decrypt(Record& record, ByteView file, std::int32_t mode) {
-  const WritableBytes bytes = writable_view_of(record);
-  std::ranges::copy(file, bytes.begin());
-  return do_PrivateKey_Decrypt(mode, bytes.data(), length_of(bytes)) == ZEB_SUCCESS;
+bool decrypt(PrivateKey& key, Record& record, ByteView file) {
+  const std::int32_t mode = key.scheme == Scheme::sb10 ? key_file_mode_v11 : key_file_mode_v21;
+  std::ranges::copy(file, key.plain.begin());
+  if (do_PrivateKey_Decrypt(mode, key.plain.data(), sizeof record) != ZEB_SUCCESS) return false;
+  std::memcpy(&record, key.plain.data(), sizeof record);
+  return true;
 }
 
-std::optional<KeyFile> read_sb20(ByteView file) {
+bool open_sb20(PrivateKey& key, ByteView file) {
+  key.scheme = Scheme::sb20;
   Sb20PrivateKeyFile record;
   const WipeOnExit record_guard(record);
-  if (!decrypt(record, file, key_file_mode_v21)) return std::nullopt;
-  return read_items(record, KeyItemLayout::crt, "2.1");
+  key.items = ByteView(key.plain).first(offsetof(Sb20PrivateKeyFile, tail));
+  return decrypt(key, record, file) && take_items(key, record);
 }
 
-std::optional<KeyFile> read_sb10_root(ByteView file) {
+bool open_sb10_root(PrivateKey& key, ByteView file) {
+  key.scheme = Scheme::sb10;
   Sb10RootPrivateKeyFile record;
   const WipeOnExit record_guard(record);
-  if (!decrypt(record, file, key_file_mode_v11)) return std::nullopt;
-  return read_items(record.items, KeyItemLayout::plain, "1.1");
+  key.items = ByteView(key.plain).first(sizeof record.items);
+  return decrypt(key, record, file) && take_items(key, record.items);
 }
 
-std::optional<KeyFile> read_sb10_stage2(ByteView file) {
+bool open_sb10_stage2(PrivateKey& key, ByteView file) {
+  key.scheme = Scheme::sb10;
   Sb10PrivateKeyFile record;
   const WipeOnExit record_guard(record);
-  if (!decrypt(record, file, key_file_mode_v11)) return std::nullopt;
-  if (std::memcmp(record.text, sb10_private_key_text, sizeof record.text) != 0) return std::nullopt;
-  return read_items(record.items, KeyItemLayout::plain, "1.1");
+  key.items = ByteView(key.plain).subspan(offsetof(Sb10PrivateKeyFile, items), sizeof record.items);
+  return decrypt(key, record, file) &&
+         std::memcmp(record.text, sb10_private_key_text, sizeof record.text) == 0 &&
+         take_items(key, record.items);
 }
 
 }  // namespace
 
-std::optional<KeyFile> read_private_key_file(ByteView file) {
-  if (file.size() == sizeof(Sb20PrivateKeyFile)) return read_sb20(file);
-  if (file.size() == sizeof(Sb10RootPrivateKeyFile)) return read_sb10_root(file);
-  if (file.size() == sizeof(Sb10PrivateKeyFile)) return read_sb10_stage2(file);
-  return std::nullopt;
+bool open_private_key_file(PrivateKey& key, ByteView file) {
+  if (file.size() == sizeof(Sb20PrivateKeyFile)) return open_sb20(key, file);
+  if (file.size() == sizeof(Sb10RootPrivateKeyFile)) return open_sb10_root(key, file);
+  if (file.size() == sizeof(Sb10PrivateKeyFile)) return open_sb10_stage2(key, file);
+  return false;
 }
+
+bool numbers_agree(const PrivateKey& key) {
+  const bool by_crt = key.scheme == Scheme::sb20;
+  const KeyItemLayout layout = by_crt ? KeyItemLayout::crt : KeyItemLayout::plain;
+  return key.complete && rsa_key_agrees(key.numbers, layout);
+}
+
+SigningKey signing_key_of(const PrivateKey& key) {
+  return {key.scheme == Scheme::sb10 ? rsa_mode_plain : rsa_mode_crt, key.items};
+}
+
+PublicKey public_half_of(const PrivateKey& key) {
+  if (key.scheme == Scheme::sb10) {
+    RsaPublicKey1024 stored;
+    std::memcpy(stored.n, key.numbers.n, sizeof stored.n);
+    store_le32(stored.e, key.numbers.e[0]);
+    return to_public_key(stored);
+  }
+  RsaPublicKey2048 stored;  // as the items start
+  std::memcpy(&stored, key.items.data(), sizeof stored);
+  return to_public_key(stored);
+}
+
+std::optional<PrivateKeyFile> read_private_key_file(ByteView file) {
+  PrivateKey key;
+  if (!open_private_key_file(key, file)) return std::nullopt;
+  return PrivateKeyFile{public_half_of(key), numbers_agree(key)};
+}
+
+}  // namespace sealwright

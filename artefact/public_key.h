@@ -1,33 +1,37 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <variant>
 #include <vector>
 
+#include "artefact/scheme.h"
 #include "base/bytes.h"
 #include "crypto/rsa.h"
 
-// An RSA public key as other tools know it.
+namespace sealwright {
 
+/// An RSA public key out of a file or an image.
 struct PublicKey {
-  std::vector<std::uint8_t> modulus;  // big-endian, full width
+  Scheme scheme;
+  std::variant<RsaPublicKey1024, RsaPublicKey2048> stored;  // as verifiers take it
+  std::vector<std::uint8_t> modulus;                        // big-endian, full width
   std::uint32_t exponent;
-  /// A modulus of full length and an exponent above 1, both odd, and no other lengths stated. For
-  /// anything else the checks would take another key than the one that is shown, or any signature.
+  /// A modulus with its top bit, an exponent above 1, both odd, and the stated lengths are those of
+  /// the format. Of a key that is not regular nothing can be said: with other lengths the checks
+  /// take other numbers than the ones shown, and with an exponent of 1 any signature.
   bool regular;
 };
 
-PublicKey to_public_key(const RsaPublicKey2048& stored);
-PublicKey to_public_key(const RsaPublicKey1024& stored);
+[[nodiscard]] PublicKey to_public_key(const RsaPublicKey1024& stored);
+[[nodiscard]] PublicKey to_public_key(const RsaPublicKey2048& stored);
 
-/// DER of the SubjectPublicKeyInfo (RFC 5280, 4.1 and RFC 8017, A.1.1).
-std::vector<std::uint8_t> encode_der(const PublicKey& key);
+/// Regular, and with the exponent that every key of its scheme is made with.
+[[nodiscard]] bool is_of_the_format(const PublicKey& key);
 
-/// The DER in one PEM block (RFC 7468), line ends included.
-std::string encode_pem(const PublicKey& key);
+[[nodiscard]] bool is_same_key(const PublicKey& a, const PublicKey& b);
 
-/// Lower-case hexadecimal digits, two for each byte.
-std::string to_hex(ByteView bytes);
+/// Whether the key signed a digest of 20 bytes. False for a key that is not regular and for a
+/// signature of another length than the modulus.
+[[nodiscard]] bool has_signed(const PublicKey& key, ByteView digest, ByteView signature);
 
-/// SHA-1 in hexadecimal digits.
-std::string sha1_hex(ByteView bytes);
+}  // namespace sealwright

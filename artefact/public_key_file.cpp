@@ -1,30 +1,38 @@
+#include "artefact/public_key_file.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
 
-#include "artefact/key_files.h"
 #include "sb10/public_key_info.h"
 #include "sb20/public_key_info.h"
 
+namespace sealwright {
+
 namespace {
 
+/// A record from the start of at least as many bytes.
 template <typename Record>
 Record copy_record(ByteView file) {
   Record record;
-  std::ranges::copy(file, writable_view_of(record).begin());
+  std::ranges::copy(file.first(sizeof record), writable_view_of(record).begin());
   return record;
 }
 
 // The verifier takes the lengths that a file states, and with other ones another key than the one
 // that is shown: a maker without the private key can find numbers that pass. So a proof counts only
-// where all stated lengths are the record's own.
+// where all stated lengths are the format's own.
 
 bool states_lengths(const Sb20PublicKeyFile& record) {
-  return record.popSignatureLen == sizeof record.popSignature;
+  const RsaPublicKey2048& key = record.publicKeyInfo.key;
+  return key.nLen == sizeof key.n && key.eLen == sizeof key.e &&
+         record.popSignatureLen == sizeof record.popSignature;
+}
+bool states_key_lengths(const Sb10PublicKeyFile& record) {
+  return record.n.length == sizeof record.n.number && record.e.length == sizeof record.e.number;
 }
 bool states_lengths(const Sb10PublicKeyFile& record) {
-  return record.n.length == sizeof record.n.number && record.e.length == sizeof record.e.number &&
-         record.signed_length == sizeof record.n + sizeof record.e &&
+  return states_key_lengths(record) && record.signed_length == sizeof record.n + sizeof record.e &&
          record.signature_length == sizeof record.signature;
 }
 
@@ -35,40 +43,66 @@ bool has_header(const Sb10PublicKeyFile& record) {
          std::ranges::equal(record.text, text) && record.zero == 0;
 }
 
-KeyFile read_sb20(ByteView file) {
+PublicKeyFile read_sb20(ByteView file) {
   auto record = copy_record<Sb20PublicKeyFile>(file);
-  const PublicKey key = to_public_key(record.publicKeyInfo.key);
+  const Sb20PublicKeyInfo info = record.publicKeyInfo;
   const bool proven =
       states_lengths(record) && verify_sb20_proof(writable_view_of(record)) == ZEB_SUCCESS;
-  return {"2.1", key, proven};
+  return {to_public_key(info.key), info, proven};
 }
 
-KeyFile read_sb10_root(ByteView file) {
+PublicKeyFile read_sb10_root(ByteView file) {
   auto record = copy_record<Sb10PublicKeyInfoFile>(file);
-  const auto& info = record.publicKeyInfo;
-  const Status status =
-      Verify_PSS_RSASignature2(view_of(info.key).data(), sizeof info.key, view_of(info).data(),
-                               sizeof info, record.popSignature, sizeof record.popSignature);
-  return {"1.1", to_public_key(info.key), status == ZEB_SUCCESS};
+  const bool proven = verify_sb10_root_proof(record) == ZEB_SUCCESS;
+  return {to_public_key(record.publicKeyInfo.key), record.publicKeyInfo, proven};
 }
 
-std::optional<KeyFile> read_sb10_stage2(ByteView file) {
+std::optional<PublicKeyFile> read_sb10_stage2(ByteView file) {
   auto record = copy_record<Sb10PublicKeyFile>(file);
   if (!has_header(record)) return std::nullopt;
   // The key as sealing takes it, whatever lengths the file states.
   std::array<std::uint8_t, 2 * sizeof record> joined;
   join_sb10_key(joined, record);
-  RsaPublicKey1024 key;
-  std::copy_n(joined.begin(), sizeof key, writable_view_of(key).begin());
+  PublicKey key = to_public_key(copy_record<RsaPublicKey1024>(joined));
+  key.regular = key.regular && states_key_lengths(record);
   const bool proven = states_lengths(record) && verify_sb10_proof(record, joined) == ZEB_SUCCESS;
-  return KeyFile{"1.1", to_public_key(key), proven};
+  return PublicKeyFile{key, std::nullopt, proven};
+}
+
+// The schemes' checks wipe an info that fails, so they are given a copy.
+Status validate(ByteView efuse, Sb20PublicKeyInfo info) {
+  return Validate_SB20_PublicKeyInfo(efuse.data(), length_of(efuse), &info);
+}
+Status validate(ByteView efuse, Sb10PublicKeyInfo info) {
+  return Validate_SB10_PublicKeyInfo(efuse.data(), length_of(efuse), &info);
 }
 
 }  // namespace
 
-std::optional<KeyFile> read_public_key_file(ByteView file) {
+std::optional<PublicKeyFile> read_public_key_file(ByteView file) {
   if (file.size() == sizeof(Sb20PublicKeyFile)) return read_sb20(file);
   if (file.size() == sizeof(Sb10PublicKeyInfoFile)) return read_sb10_root(file);
   if (file.size() == sizeof(Sb10PublicKeyFile)) return read_sb10_stage2(file);
   return std::nullopt;
 }
+
+std::optional<RootInfo> read_root_info(ByteView file) {
+  const std::size_t size = file.size();
+  if (size == sizeof(Sb20PublicKeyFile) || size == sizeof(Sb20PublicKeyInfo)) {
+    return copy_record<Sb20PublicKeyInfo>(file);
+  }
+  if (size == sizeof(Sb10PublicKeyInfoFile) || size == sizeof(Sb10PublicKeyInfo)) {
+    return copy_record<Sb10PublicKeyInfo>(file);
+  }
+  return std::nullopt;
+}
+
+PublicKey root_key_of(const RootInfo& info) {
+  return std::visit([](const auto& bound) { return to_public_key(bound.key); }, info);
+}
+
+bool fuses_hold(ByteView efuse, const RootInfo& info) {
+  return std::visit([&](const auto& bound) { return validate(efuse, bound); }, info) == ZEB_SUCCESS;
+}
+
+}  // namespace sealwright

@@ -9,6 +9,9 @@
 
 namespace {
 
+using sealwright::describe;
+using sealwright::describe_boot;
+
 template <typename S>
 const Sealed<S> sealed;
 
@@ -71,7 +74,7 @@ void inspect_files(const Choose& choose) {
   private_file.resize((private_file.size() + 15) / 16 * 16);
   do_PrivateKey_Encrypt(v11 ? 1 : 2, private_file.data(), length_of(private_file));
   for (const Bytes* file : parts) {
-    const Report report = describe("file", *file);
+    const sealwright::Report report = describe("file", *file);
     require(!to_json(report).empty() && !to_text("file", report).empty(), "a report");
   }
   // Nothing covers the end of the context.
@@ -79,8 +82,8 @@ void inspect_files(const Choose& choose) {
   const bool same = efuse == good.efuse && bl1.size() == image.size() &&
                     slice(bl1, 0, covered) == slice(image, 0, covered);
   const std::optional<ByteView> bl2 = private_file;
-  require(!check_boot(efuse, bl1, bl2).problems.empty(), "a file taken for a signed image");
-  const bool boots = check_boot(efuse, bl1, std::nullopt).problems.empty();
+  require(!describe_boot({efuse, bl1, bl2}).problems.empty(), "a file taken for a signed image");
+  const bool boots = describe_boot({efuse, bl1}).problems.empty();
   require(same || !boots, "an image that was not made");
 }
 

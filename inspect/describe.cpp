@@ -4,8 +4,11 @@
 #include <ctime>
 #include <utility>
 
-#include "artefact/key_files.h"
+#include "artefact/private_key_file.h"
+#include "artefact/public_key_file.h"
 #include "artefact/secured_bl1.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -60,14 +63,14 @@ constexpr KeyKind private_kind = {"private-key", "private-key file; only its pub
                                   "The numbers of the key do not agree: it is damaged."};
 
 Report describe_key_file(std::string_view name, std::size_t size, const KeyKind& kind,
-                         const KeyFile& file) {
+                         const PublicKey& key, bool proven) {
   std::vector<std::string> problems;
-  if (!file.proven) problems.emplace_back(kind.problem);
-  check_key(problems, file.key, "key");
-  Report report = start({name, size, kind.kind, kind.kind_in_words, file.scheme},
+  if (!proven) problems.emplace_back(kind.problem);
+  check_key(problems, key, "key");
+  Report report = start({name, size, kind.kind, kind.kind_in_words, facts_of(key.scheme).name},
                         std::move(problems), kind.why_sound);
-  add_key(report, "key", "public key", file.key);
-  report.facts.push_back(yes_no_fact(kind.member, nullptr, file.proven, ""));
+  add_key(report, "key", "public key", key);
+  report.facts.push_back(yes_no_fact(kind.member, nullptr, proven, ""));
   return report;
 }
 
@@ -90,25 +93,21 @@ Fact build_info_fact(const std::optional<BuildInfo>& info) {
           "sealed " + format_time(info->build_time, "%F %T UTC") + ", tag \"" + tag + '"'};
 }
 
-Report describe_bl1(std::string_view name, std::size_t size, const SecuredBl1& bl1) {
-  const auto [root, stage2] = std::visit(
-      [](const auto& context) {
-        return std::pair(to_public_key(context.publicKeyInfo.key),
-                         to_public_key(context.stage2PublicKey));
-      },
-      bl1.context);
+Report describe_bl1(std::string_view name, const FileScan& image, const SecuredBl1& bl1) {
+  const PublicKey root = root_key_of(bl1);
+  const PublicKey stage2 = stage2_key_of(bl1);
   std::vector<std::string> problems;
-  if (!verify_bl1_signature(bl1)) {
+  if (!verify_bl1_signature(bl1, image)) {
     problems.emplace_back("The root key inside did not sign this code and stage-2 key.");
   }
   check_key(problems, root, "root key");
   check_key(problems, stage2, "stage-2 key");
-  Report report =
-      start({name, size, "secured-bl1", "secured BL1, a sealed first-stage image", bl1.scheme},
-            std::move(problems),
-            "the root key inside signed it;\n"
-            "only --boot tells whether fuses go with that key");
-  report.facts.push_back(size_fact("code_size", "code", bl1.code.size()));
+  Report report = start({name, image.size, "secured-bl1", "secured BL1, a sealed first-stage image",
+                         facts_of(bl1.scheme).name},
+                        std::move(problems),
+                        "the root key inside signed it;\n"
+                        "only --boot tells whether fuses go with that key");
+  report.facts.push_back(size_fact("code_size", "code", bl1.code_size));
   report.facts.push_back(build_info_fact(bl1.build_info));
   add_key(report, "root_key", "root key", root);
   add_key(report, "stage2_key", "stage-2 key", stage2);
@@ -125,16 +124,19 @@ Report describe_unknown(std::string_view name, std::size_t size) {
 }  // namespace
 
 Report describe(std::string_view name, ByteView file) {
+  const FileScan scan = scan_bytes(file);
   const std::size_t size = file.size();
-  if (const auto bl1 = find_secured_bl1(file, false)) return describe_bl1(name, size, *bl1);
+  if (const auto bl1 = recognise_secured_bl1(scan)) return describe_bl1(name, scan, *bl1);
   if (size == sb20_efuse_length || size == sb10_efuse_length) {
     return describe_efuse_data(name, size);
   }
   if (const auto key = read_public_key_file(file)) {
-    return describe_key_file(name, size, public_kind, *key);
+    return describe_key_file(name, size, public_kind, key->key, key->proven);
   }
   if (const auto key = read_private_key_file(file)) {
-    return describe_key_file(name, size, private_kind, *key);
+    return describe_key_file(name, size, private_kind, key->key, key->consistent);
   }
   return describe_unknown(name, size);
 }
+
+}  // namespace sealwright

@@ -8,10 +8,13 @@
 
 #include "artefact/escape.h"
 #include "artefact/input.h"
+#include "artefact/key_encoding.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
 #include "inspect/options.h"
 #include "util/process.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -63,8 +66,8 @@ int check_boot_chain(const Options& options) {
   const auto bl1 = read_input(options.names[1]);
   const auto bl2 = options.names.size() == 3 ? read_input(options.names[2]) : nullptr;
   if (!efuse || !bl1 || (!bl2 && options.names.size() == 3)) return not_done;
-  const Report report = check_boot(efuse->bytes(), bl1->bytes(),
-                                   bl2 ? std::optional<ByteView>(bl2->bytes()) : std::nullopt);
+  const Report report = describe_boot(
+      {efuse->bytes(), bl1->bytes(), bl2 ? std::optional<ByteView>(bl2->bytes()) : std::nullopt});
   std::string title = "Does a device fused with " + show_name(options.names[0]) + " boot " +
                       show_name(options.names[1]);
   title += bl2 ? " and then " + show_name(options.names[2]) + '?' : "?";
@@ -98,9 +101,12 @@ int run(const Options& options) {
 
 }  // namespace
 
+}  // namespace sealwright
+
 /// Exits with 0 when all is sound or boots, 1 when not, and 2 when it cannot be told.
 int main(int argc, char** argv) {
-  sealwright::forbid_core_dumps();
+  using namespace sealwright;
+  forbid_core_dumps();
   // A reader that goes away is a write error like others.
   std::signal(SIGPIPE, SIG_IGN);
   const int status = run(read_options({argv + (argc > 0 ? 1 : 0), argv + argc}));

@@ -5,6 +5,8 @@
 
 #include "artefact/escape.h"
 
+namespace sealwright {
+
 namespace {
 
 Options refuse(const std::string& reason) {
@@ -82,3 +84,5 @@ const char help_text[] =
     "  Sealwright_inspect --pem stage2Key_V21.spk | openssl pkey -pubin -noout -text\n"
     "  Sealwright_inspect --json secured_BL1_V21.bin | jq -r '.[0].stage2_key.sha1'\n";
 // clang-format on
+
+}  // namespace sealwright

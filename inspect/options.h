@@ -3,6 +3,8 @@
 #include <span>
 #include <vector>
 
+namespace sealwright {
+
 enum class Action { describe, boot, pem, help, version, refuse };
 
 struct Options {
@@ -17,3 +19,5 @@ Options read_options(std::span<char*> arguments);
 
 /// The page that --help prints.
 extern const char help_text[];
+
+}  // namespace sealwright

@@ -1,5 +1,10 @@
 #include "inspect/report.h"
 
+#include "artefact/hex.h"
+#include "artefact/key_encoding.h"
+
+namespace sealwright {
+
 namespace {
 
 constexpr std::size_t label_width = 20;
@@ -69,7 +74,7 @@ Fact sha1_fact(const char* name, const char* label, const std::string& digits,
 void add_key(Report& report, const char* name, const char* label, const PublicKey& key) {
   const std::string bits = std::to_string(8 * key.modulus.size());
   const std::string exponent = std::to_string(key.exponent);
-  const std::string sha1 = sha1_hex(encode_der(key));
+  const std::string sha1 = key_sha1(key);
   report.facts.push_back(
       {name,
        json_object({{"bits", bits},
@@ -91,3 +96,5 @@ std::string to_text(const std::string& title, const Report& report) {
   }
   return text;
 }
+
+}  // namespace sealwright

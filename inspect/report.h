@@ -7,6 +7,8 @@
 #include "artefact/json.h"
 #include "artefact/public_key.h"
 
+namespace sealwright {
+
 /// One thing that is known, said twice by the functions below: as a member of a JSON object and as
 /// a line for a reader.
 struct Fact {
@@ -47,3 +49,5 @@ std::string to_json(const Report& report);
 
 /// The report in aligned lines under a title.
 std::string to_text(const std::string& title, const Report& report);
+
+}  // namespace sealwright

@@ -14,6 +14,10 @@
 
 namespace {
 
+using sealwright::describe;
+using sealwright::describe_boot;
+using sealwright::escape;
+using sealwright::to_public_key;
 using testing::HasSubstr;
 
 std::string hex(const Bytes& bytes) {
@@ -146,15 +150,22 @@ TEST(InspectNames, AreEscaped) {
   }
 }
 
-/// Whether it boots and what each check says, as + and -.
-std::string verdicts(const Bytes& efuse, Bytes bl1, const Bytes& bl2) {
-  const std::string json = to_json(check_boot(efuse, bl1, bl2));
-  std::string signs;
-  for (std::size_t i = 0; i < json.size(); ++i) {
-    if (json.compare(i, 6, ": true") == 0) signs += '+';
-    if (json.compare(i, 7, ": false") == 0) signs += '-';
-  }
-  return signs;
+/// What is said of a chain of eFuse data, BL1 and BL2.
+struct Verdicts {
+  bool boots, fuses, bl1, bl2;
+  bool keys = true;
+
+  bool operator==(const Verdicts&) const = default;
+};
+
+void PrintTo(const Verdicts& said, std::ostream* out) {
+  *out << "boots " << said.boots << ", fuses " << said.fuses << ", BL1 " << said.bl1 << ", BL2 "
+       << said.bl2 << ", keys " << said.keys;
+}
+
+Verdicts verdicts(const Bytes& efuse, const Bytes& bl1, const Bytes& bl2) {
+  const auto check = sealwright::check_boot_chain({efuse, bl1, bl2});
+  return {boots(check), check.fuses, check.bl1_signature, *check.bl2_signature, check.keys};
 }
 
 TEST_P(Inspect, TellsWhetherADeviceBoots) {
@@ -164,31 +175,44 @@ TEST_P(Inspect, TellsWhetherADeviceBoots) {
   const std::size_t context = bl1.size() - s.context_length;
   const std::size_t signature = context + s.context_signature, end = context + s.uncovered;
   const std::size_t key = context + s.root.n, root = key + s.context_info;
-  const std::map<std::string, std::vector<std::size_t>> parts = {
-      {"-+-+", {0, context - 1, signature - (s.is_v11() ? 0 : 4), signature + s.length - 1}},
-      {"-+--", {key}},
-      {"---+", {root}},
-      {"--++", {end - 1}},
-      {"++++", {end, bl1.size() - 1}}};
-  for (const auto& [signs, places] : parts) {
-    for (const auto at : places) EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), signs) << at;
+  constexpr Verdicts all = {.boots = true, .fuses = true, .bl1 = true, .bl2 = true};
+  constexpr Verdicts no_bl1 = {.boots = false, .fuses = true, .bl1 = false, .bl2 = true};
+  constexpr Verdicts no_bl2 = {.boots = false, .fuses = true, .bl1 = true, .bl2 = false};
+  constexpr Verdicts no_fuses = {.boots = false, .fuses = false, .bl1 = true, .bl2 = true};
+  const struct {
+    const char* damaged;
+    Verdicts expected;
+    std::vector<std::size_t> places;
+  } parts[] = {
+      {"code or signature",
+       no_bl1,
+       {0, context - 1, signature - (s.is_v11() ? 0 : 4), signature + s.length - 1}},
+      {"stage-2 key", {.boots = false, .fuses = true, .bl1 = false, .bl2 = false}, {key + 4}},
+      {"root key", {.boots = false, .fuses = false, .bl1 = false, .bl2 = true}, {root + 4}},
+      {"HMAC", no_fuses, {end - 1}},
+      {"what nothing covers", all, {end, bl1.size() - 1}}};
+  for (const auto& [damaged, expected, places] : parts) {
+    for (const auto at : places) {
+      EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), expected) << damaged << at;
+    }
   }
   Bytes both = bl1;  // also with the mark of scheme 2.1, where scheme 1.1 covers nothing
   std::ranges::copy(sb20_context_magic, &both[bl1.size() - 80]);
-  EXPECT_EQ(verdicts(efuse, both, bl2), "++++");
+  EXPECT_EQ(verdicts(efuse, both, bl2), all);
   const Bytes wrong[] = {damage(bl2, 0), damage(bl2, bl2.size() - 1), slice(bl2, 0, s.length - 1),
                          device(1).at("sealed2")};
-  for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), "-++-");
-  EXPECT_EQ(verdicts(other, bl1, bl2), "--++");
-  EXPECT_EQ(verdicts(joined(efuse, Bytes(1)), bl1, bl2), "--++");
-  EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2), "----");
+  for (const Bytes& second : wrong) EXPECT_EQ(verdicts(efuse, bl1, second), no_bl2);
+  EXPECT_EQ(verdicts(other, bl1, bl2), no_fuses);
+  EXPECT_EQ(verdicts(joined(efuse, Bytes(1)), bl1, bl2), no_fuses);
+  EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2),
+            (Verdicts{.boots = false, .fuses = false, .bl1 = false, .bl2 = false, .keys = false}));
   Bytes swapped = bl1;  // to a stage-2 key that the root key has not vouched for
   const Bytes foreign = slice(device(1).at("sealed1"), context, s.key_length());
   std::ranges::copy(foreign, &swapped[context]);
-  EXPECT_EQ(verdicts(efuse, swapped, device(1).at("sealed2")), "-+-+");
+  EXPECT_EQ(verdicts(efuse, swapped, device(1).at("sealed2")), no_bl1);
 
-  EXPECT_THAT(to_json(check_boot(other, bl1, {})), HasSubstr(R"("code_sha1": null)"));
-  const std::string ragged = to_json(check_boot(efuse, slice(bl1, 1, bl1.size() - 1), {}));
+  EXPECT_THAT(to_json(describe_boot({other, bl1})), HasSubstr(R"("code_sha1": null)"));
+  const std::string ragged = to_json(describe_boot({efuse, slice(bl1, 1, bl1.size() - 1)}));
   EXPECT_EQ(ragged.find("code: it is no whole number of cipher blocks") < ragged.size(),
             !s.is_v11());
 }
@@ -197,7 +221,7 @@ TEST_P(Inspect, ShowsTheCodeOfALongImage) {
   for (const std::size_t length : {16384, 32768 + 16, 100000}) {
     write_bytes("BL1.bin", some_bytes(length));
     ASSERT_EQ(run(full_tool + " " + s.option + " " + seal1).status, 0);
-    EXPECT_THAT(to_json(check_boot(read_bytes(s.efuse), read_bytes("out"), {})),
+    EXPECT_THAT(to_json(describe_boot({read_bytes(s.efuse), read_bytes("out")})),
                 HasSubstr(hex(sha1(some_bytes(length)))));
   }
 }
