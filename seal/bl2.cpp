@@ -1,0 +1,91 @@
+#include "seal/bl2.h"
+
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "artefact/escape.h"
+#include "artefact/key_encoding.h"
+#include "seal/image_file.h"
+#include "seal/verbs.h"
+
+namespace sealwright {
+
+namespace {
+
+/// The private half stands beside the public one, unless it was named.
+Objection read_private_key(Bl2& bl2, const Options& options) {
+  std::string name;
+  if (options.private_key != nullptr) {
+    name = options.private_key;
+  } else {
+    constexpr std::string_view suffix = ".spk";
+    const std::string_view stem = options.stage2_key;
+    if (!stem.ends_with(suffix)) {
+      return Complaint{ExitStatus::not_done, show_name(stem) +
+                                                 " does not end in .spk: name the private key " +
+                                                 "with --private-key FILE"};
+    }
+    name = std::string(stem.substr(0, stem.size() - suffix.size())) + ".prv";
+  }
+  return read_private_half(bl2.private_file, std::move(name), KeyRole::stage2, bl2.stage2.key,
+                           bl2.stage2.file.name);
+}
+
+}  // namespace
+
+Objection assemble_bl2(Bl2& bl2, const Options& options, PrivateHalf private_half) {
+  if (auto objection = read_stage2_file(bl2.stage2, options.stage2_key)) return objection;
+  if (private_half == PrivateHalf::needed) {
+    if (auto objection = read_private_key(bl2, options)) return objection;
+  }
+  if (auto objection = read_input(bl2.code, options.names[0])) return objection;
+  if (auto objection =
+          check_output(options.names[1], {&bl2.stage2.file, &bl2.private_file.file, &bl2.code})) {
+    return objection;
+  }
+  const PublicKey& key = bl2.stage2.key;
+  constexpr std::size_t longest = std::numeric_limits<std::int32_t>::max();
+  if (bl2.code.bytes().size() > longest - key.modulus.size()) {
+    return refuse(bl2.code.name, "too large: signed it passes 2147483647 bytes");
+  }
+  bl2.scan.emplace(scan_bytes(bl2.code.bytes()));
+  bl2.task = {"bl2", key, digest_before(*bl2.scan, 0, {})};
+  return std::nullopt;
+}
+
+Objection finish_bl2(Result& result, Bl2& bl2, const Signature& signature, const Options& options) {
+  const SchemeFacts& scheme = facts_of(bl2.task.key.scheme);
+  const char* name = options.names[1];
+  const std::size_t size = bl2.code.bytes().size() + signature.length;
+  if (!has_signed(bl2.task.key, bl2.task.digest, signature.bytes())) {
+    return refuse(name, "not written: the signature does not verify under " +
+                            show_name(bl2.stage2.file.name));
+  }
+  if (auto objection = write_image(name, {bl2.code.bytes(), signature.bytes()})) return objection;
+  result.made = "bl2";
+  result.scheme = scheme.name;
+  result.files = {{name, size, to_hex(digest_before(*bl2.scan, 0, signature.bytes())),
+                   std::string("secured BL2 of scheme ") + scheme.name + ", " +
+                       std::to_string(size) + " bytes; a BL1 sealed with " +
+                       show_name(bl2.stage2.file.name) + " starts it"}};
+  result.stage2_key = key_sha1(bl2.task.key);
+  result.code_sha1 = to_hex(bl2.task.digest);
+  result.signed_digest = result.code_sha1;
+  return std::nullopt;
+}
+
+Objection make_bl2(Result& result, const Options& options) {
+  if (auto objection = require_random_source()) return objection;
+  Bl2 bl2;
+  if (auto objection = assemble_bl2(bl2, options, PrivateHalf::needed)) return objection;
+  const PrivateFile& file = bl2.private_file;
+  Signature signature;
+  if (auto objection =
+          obtain_signature(signature, key_signer(file.key, file.file.name), bl2.task)) {
+    return objection;
+  }
+  return finish_bl2(result, bl2, signature, options);
+}
+
+}  // namespace sealwright
