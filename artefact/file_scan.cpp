@@ -16,7 +16,7 @@ void append(ZEB_SHA1& hash, ByteView bytes) {
 }  // namespace
 
 FileScan::~FileScan() {
-  wipe(end.data(), end.size());
+  if (!end.empty()) wipe(end.data(), end.size());
 }
 
 ByteView end_of_image(ByteView image) {

@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "base/wipe.h"
 
@@ -17,52 +19,112 @@ namespace {
 constexpr off_t largest_input = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t largest_secret = 4096;  // bytes; key and eFuse files are smaller
 
-/// Why the open file cannot be an input; null when it can.
-const char* find_obstacle(int descriptor, struct stat& status) {
-  if (fstat(descriptor, &status) != 0) return std::strerror(errno);
-  if (S_ISDIR(status.st_mode)) return std::strerror(EISDIR);
-  if (!S_ISREG(status.st_mode)) return "Not a regular file";
-  if (status.st_size > largest_input) return "Larger than 2147483647 bytes";
-  return nullptr;
-}
+constexpr std::size_t piece_length = 128UL * 1024;
 
-/// Reads `size` bytes. @return null, or why they did not all arrive.
-const char* read_fully(int descriptor, std::uint8_t* bytes, std::size_t size) {
-  if (bytes == nullptr) return std::strerror(ENOMEM);
-  while (size != 0) {
-    const ssize_t got = read(descriptor, bytes, size);
-    if (got < 0 && errno != EINTR) return std::strerror(errno);
-    if (got == 0) return "Shorter than its size says";
-    if (got < 0) continue;
-    bytes += got;
-    size -= static_cast<std::size_t>(got);
+/// An open file, closed at its end.
+class OpenFile {
+ public:
+  // Opening does not wait for the other end of a pipe, which is refused then.
+  explicit OpenFile(const char* path)
+      : descriptor_(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+    failure_ = descriptor_ < 0 ? std::strerror(errno) : find_obstacle();
   }
-  std::uint8_t more = 0;
-  const ssize_t got = read(descriptor, &more, sizeof more);
-  if (got < 0) return std::strerror(errno);
-  return got > 0 ? "Longer than its size says" : nullptr;
+  ~OpenFile() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile(OpenFile&&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  OpenFile& operator=(OpenFile&&) = delete;
+
+  /// Why it could not be opened or read; null while all went well.
+  [[nodiscard]] const char* failure() const { return failure_; }
+  [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(status_.st_size); }
+  [[nodiscard]] FileIdentity identity() const { return {status_.st_dev, status_.st_ino}; }
+
+  /// Reads the next bytes unless something failed already.
+  void read_fully(WritableBytes bytes) {
+    while (failure_ == nullptr && !bytes.empty()) {
+      const std::size_t got = read_some(bytes);
+      if (failure_ == nullptr && got == 0) failure_ = "Shorter than its size says";
+      bytes = bytes.subspan(got);
+    }
+  }
+
+  /// To be called where the size says that the file ends.
+  void expect_end() {
+    std::uint8_t more = 0;
+    const bool ended = failure_ != nullptr || read_some({&more, 1}) == 0;
+    if (!ended) failure_ = "Longer than its size says";
+  }
+
+ private:
+  const char* find_obstacle() {
+    if (fstat(descriptor_, &status_) != 0) return std::strerror(errno);
+    if (S_ISDIR(status_.st_mode)) return std::strerror(EISDIR);
+    if (!S_ISREG(status_.st_mode)) return "Not a regular file";
+    return status_.st_size > largest_input ? "Larger than 2147483647 bytes" : nullptr;
+  }
+
+  /// How many bytes came; 0 also for an error, which is noted.
+  std::size_t read_some(WritableBytes bytes) {
+    ssize_t got = 0;
+    do {
+      got = read(descriptor_, bytes.data(), bytes.size());
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) failure_ = std::strerror(errno);
+    return got < 0 ? 0 : static_cast<std::size_t>(got);
+  }
+
+  int descriptor_;
+  struct stat status_ = {};
+  const char* failure_ = nullptr;
+};
+
+std::string to_text(const char* failure) {
+  return failure == nullptr ? "" : failure;
 }
 
 }  // namespace
 
 Input::Input(const char* path) {
-  // Opening does not wait for the other end of a pipe, which is refused then.
-  const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  struct stat status = {};
-  const char* obstacle = descriptor < 0 ? std::strerror(errno) : find_obstacle(descriptor, status);
-  if (obstacle == nullptr) {
-    length_ = static_cast<std::size_t>(status.st_size);
-    identity_ = {status.st_dev, status.st_ino};
+  OpenFile file(path);
+  if (file.failure() == nullptr) {
+    length_ = file.size();
+    identity_ = file.identity();
     buffer_.emplace(length_);
-    obstacle = read_fully(descriptor, buffer_->data(), length_);
+    if (buffer_->data() == nullptr) {
+      failure_ = std::strerror(ENOMEM);
+      return;
+    }
+    file.read_fully({buffer_->data(), length_});
+    file.expect_end();
   }
-  if (obstacle != nullptr) failure_ = obstacle;
-  if (descriptor >= 0) close(descriptor);
+  failure_ = to_text(file.failure());
 }
 
 Input::~Input() {
   const bool was_filled = buffer_ && buffer_->data() != nullptr;
   if (was_filled && length_ <= largest_secret) wipe(buffer_->data(), length_);
+}
+
+std::string scan_file(FileScan& scan, const char* path) {
+  OpenFile file(path);
+  if (file.failure() != nullptr) return file.failure();
+  scan.size = file.size();
+  scan.end.resize(std::min(scan.size, longest_end));
+  ZEB_SHA1_Init(&scan.before_end);
+  std::size_t left = scan.size - scan.end.size();
+  std::vector<std::uint8_t> buffer(std::min(left, piece_length));
+  while (left != 0 && file.failure() == nullptr) {
+    const WritableBytes piece = {buffer.data(), std::min(left, buffer.size())};
+    file.read_fully(piece);
+    ZEB_SHA1_Update(&scan.before_end, piece.data(), length_of(piece));
+    left -= piece.size();
+  }
+  file.read_fully(scan.end);
+  file.expect_end();
+  return to_text(file.failure());
 }
 
 }  // namespace sealwright

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "artefact/file_scan.h"
 #include "util/large_buffer.h"
 
 namespace sealwright {
@@ -18,8 +19,9 @@ struct FileIdentity {
   bool operator==(const FileIdentity&) const = default;
 };
 
-/// A regular file of at most 2^31 - 1 bytes, read whole without waiting for anything. A small one
-/// may hold a key or eFuse data and is wiped at the end.
+// Inputs are regular files of at most 2^31 - 1 bytes, read once and without waiting for anything.
+
+/// A file read whole. A small one may hold a key or eFuse data and is wiped at the end.
 class Input {
  public:
   explicit Input(const char* path);
@@ -41,5 +43,9 @@ class Input {
   FileIdentity identity_;
   std::string failure_;
 };
+
+/// Reads a file piece by piece into a scan.
+/// @return why it could not be read; empty when it was.
+[[nodiscard]] std::string scan_file(FileScan& scan, const char* path);
 
 }  // namespace sealwright

@@ -14,6 +14,13 @@ std::string json_string(std::string_view text) {
   return '"' + escape(text) + '"';
 }
 
+std::string json_strings(const std::vector<std::string>& texts) {
+  std::vector<std::string> values;
+  values.reserve(texts.size());
+  for (const std::string& text : texts) values.push_back(json_string(text));
+  return json_array(values);
+}
+
 std::string json_array(const std::vector<std::string>& values) {
   return '[' + join(values, ", ") + ']';
 }

@@ -13,6 +13,9 @@ namespace sealwright {
 using JsonMember = std::pair<const char*, std::string>;
 
 std::string json_string(std::string_view text);
+/// An array of strings.
+std::string json_strings(const std::vector<std::string>& texts);
+/// An array of values that are JSON text already.
 std::string json_array(const std::vector<std::string>& values);
 std::string json_object(const std::vector<JsonMember>& members);
 

@@ -5,7 +5,15 @@
 
 namespace sealwright {
 
+/// The names of a chain's files as they were given; null where none was.
+struct BootNames {
+  const char* efuse = nullptr;
+  const char* bl1 = nullptr;
+  const char* bl2 = nullptr;
+  const char* code = nullptr;
+};
+
 /// Whether a device with these fuses boots this chain. Each check is made whatever the others say.
-Report describe_boot(const BootChain& chain);
+Report describe_boot(const BootChain& chain, const BootNames& names = {});
 
 }  // namespace sealwright

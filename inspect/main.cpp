@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "artefact/escape.h"
 #include "artefact/input.h"
@@ -43,43 +44,77 @@ int status_of(const Report& report) {
   return report.problems.empty() ? all_sound : not_sound;
 }
 
+/// The object that stands for a file that could not be read.
+std::string unreadable_json(const char* name, const std::string& why) {
+  return json_object({{"file", json_string(name)},
+                      {"kind", json_string("unreadable")},
+                      {"error", json_string(why)}});
+}
+
 int describe_files(const Options& options) {
   int status = all_sound;
-  const char* separator = options.json ? "[" : "";
+  FileSet files;
+  std::vector<std::string_view> names;  // of those that could be read
+  std::vector<std::string> failures;    // of all; empty for those
   for (const char* name : options.names) {
-    const auto input = read_input(name);
-    if (!input) {
+    FileScan scan;
+    failures.push_back(scan_file(scan, name));
+    if (failures.back().empty()) {
+      add_file(files, std::move(scan));
+      names.emplace_back(name);
+    } else {
+      complain(show_name(name), failures.back());
       status = not_done;
+    }
+  }
+  const std::vector<Report> reports = describe(files, names);
+  std::vector<std::string> texts;
+  auto report = reports.begin();
+  for (std::size_t i = 0; i < failures.size(); ++i) {
+    const char* name = options.names[i];
+    if (!failures[i].empty()) {
+      if (options.json) texts.push_back(unreadable_json(name, failures[i]));
       continue;
     }
-    const Report report = describe(name, input->bytes());
-    status = std::max(status, status_of(report));
-    print(separator + (options.json ? to_json(report) : to_text(show_name(name), report)));
-    separator = options.json ? ",\n" : "\n";
+    status = std::max(status, status_of(*report));
+    texts.push_back(options.json ? to_json(*report) : to_text(show_name(name), *report));
+    ++report;
   }
-  if (options.json) print(*separator == '[' ? "[]\n" : "]\n");
+  print(options.json ? '[' + join(texts, ",\n") + "]\n" : join(texts, "\n"));
   return status;
 }
 
 int check_boot_chain(const Options& options) {
-  const auto efuse = read_input(options.names[0]);
-  const auto bl1 = read_input(options.names[1]);
-  const auto bl2 = options.names.size() == 3 ? read_input(options.names[2]) : nullptr;
-  if (!efuse || !bl1 || (!bl2 && options.names.size() == 3)) return not_done;
-  const Report report = describe_boot(
-      {efuse->bytes(), bl1->bytes(), bl2 ? std::optional<ByteView>(bl2->bytes()) : std::nullopt});
-  std::string title = "Does a device fused with " + show_name(options.names[0]) + " boot " +
-                      show_name(options.names[1]);
-  title += bl2 ? " and then " + show_name(options.names[2]) + '?' : "?";
+  const bool has_bl2 = options.names.size() == 3;
+  const BootNames names = {options.names[0], options.names[1], has_bl2 ? options.names[2] : nullptr,
+                           options.code};
+  const auto efuse = read_input(names.efuse);
+  const auto bl1 = read_input(names.bl1);
+  const auto bl2 = names.bl2 ? read_input(names.bl2) : nullptr;
+  const auto code = names.code ? read_input(names.code) : nullptr;
+  if (!efuse || !bl1 || (names.bl2 && !bl2) || (names.code && !code)) return not_done;
+  BootChain chain = {efuse->bytes(), bl1->bytes()};
+  if (bl2) chain.bl2 = bl2->bytes();
+  if (code) chain.code = code->bytes();
+  const Report report = describe_boot(chain, names);
+  std::string title =
+      "Does a device fused with " + show_name(names.efuse) + " boot " + show_name(names.bl1);
+  title += bl2 ? " and then " + show_name(names.bl2) + '?' : "?";
   print(options.json ? to_json(report) + '\n' : to_text(title, report));
   return status_of(report);
 }
 
 int print_pem(const Options& options) {
   const char* name = options.names[0];
-  const auto input = read_input(name);
-  if (!input) return not_done;
-  const Report report = describe(name, input->bytes());
+  FileScan scan;
+  const std::string failure = scan_file(scan, name);
+  if (!failure.empty()) {
+    complain(show_name(name), failure);
+    return not_done;
+  }
+  FileSet files;
+  add_file(files, std::move(scan));
+  const Report report = describe(files, {name}).front();
   for (const NamedKey& key : report.keys) {
     if (report.keys.size() > 1) print(std::string(key.name) + '\n');
     print(encode_pem(key.key));

@@ -11,6 +11,7 @@ struct Options {
   Action action;
   bool json = false;
   std::vector<const char*> names = {};  // of files
+  const char* code = nullptr;           // the file that --code names
 };
 
 /// Reads what follows the program's name, options and names in any order. What is wrong is

@@ -9,18 +9,6 @@ namespace {
 
 constexpr std::size_t label_width = 20;
 
-/// Digits in groups of four, as they are read out.
-std::string group_digits(const std::string& digits) {
-  constexpr std::size_t group = 4;
-  std::vector<std::string> groups;
-  for (std::size_t i = 0; i < digits.size(); i += group) groups.push_back(digits.substr(i, group));
-  return join(groups, " ");
-}
-
-std::string show_fingerprint(const std::string& sha1) {
-  return "SHA-1 " + group_digits(sha1);
-}
-
 /// A labelled line; further lines of the words stand below the first.
 std::string show_line(const Fact& fact) {
   std::string line = "  " + std::string(fact.label);
@@ -58,30 +46,30 @@ Fact yes_no_fact(const char* name, const char* label, bool value, std::string_vi
   return {name, value ? "true" : "false", label, words};
 }
 
-Fact problems_fact(const std::vector<std::string>& problems) {
-  std::vector<std::string> sentences;
-  sentences.reserve(problems.size());
-  for (const std::string& problem : problems) sentences.push_back(json_string(problem));
-  return {"problems", json_array(sentences)};
+Fact problems_fact(const Sentences& problems) {
+  return {"problems", json_strings(problems)};
 }
 
 Fact sha1_fact(const char* name, const char* label, const std::string& digits,
                const std::string& why_none) {
   if (digits.empty()) return {name, "null", label, "not known: " + why_none};
-  return {name, json_string(digits), label, show_fingerprint(digits)};
+  return {name, json_string(digits), label, "SHA-1 " + digits};
 }
 
-void add_key(Report& report, const char* name, const char* label, const PublicKey& key) {
+Fact key_fact(const char* name, const char* label, const PublicKey& key) {
   const std::string bits = std::to_string(8 * key.modulus.size());
   const std::string exponent = std::to_string(key.exponent);
   const std::string sha1 = key_sha1(key);
-  report.facts.push_back(
-      {name,
-       json_object({{"bits", bits},
-                    {"exponent", exponent},
-                    {"modulus", json_string(to_hex(key.modulus))},
-                    {"sha1", json_string(sha1)}}),
-       label, "RSA, " + bits + " bits, exponent " + exponent + '\n' + show_fingerprint(sha1)});
+  return {name,
+          json_object({{"bits", bits},
+                       {"exponent", exponent},
+                       {"modulus", json_string(to_hex(key.modulus))},
+                       {"sha1", json_string(sha1)}}),
+          label, "RSA, " + bits + " bits, exponent " + exponent + "\nSHA-1 " + sha1};
+}
+
+void add_key(Report& report, const char* name, const char* label, const PublicKey& key) {
+  report.facts.push_back(key_fact(name, label, key));
   report.keys.push_back({label, key});
 }
 

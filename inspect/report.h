@@ -9,6 +9,8 @@
 
 namespace sealwright {
 
+using Sentences = std::vector<std::string>;
+
 /// One thing that is known, said twice by the functions below: as a member of a JSON object and as
 /// a line for a reader.
 struct Fact {
@@ -26,8 +28,8 @@ struct NamedKey {
 /// Everything that is said about a file, or about a chain of files.
 struct Report {
   std::vector<Fact> facts;
-  std::vector<NamedKey> keys;         // the keys among the facts
-  std::vector<std::string> problems;  // sentences; none when it is sound, or boots
+  std::vector<NamedKey> keys;  // the keys among the facts
+  Sentences problems;          // none when it is sound, or boots
 };
 
 /// The facts that have a name, as one JSON object.
@@ -37,11 +39,12 @@ std::string facts_to_json(const std::vector<Fact>& facts);
 Fact text_fact(const char* name, const char* label, const char* value);
 Fact size_fact(const char* name, const char* label, std::size_t bytes);
 Fact yes_no_fact(const char* name, const char* label, bool value, std::string_view reason);
-Fact problems_fact(const std::vector<std::string>& problems);
-/// SHA-1 in hexadecimal digits, which the line shows in groups; null when there are none, and the
-/// line says why.
+Fact problems_fact(const Sentences& problems);
+/// SHA-1 in hexadecimal digits; null when there are none, and the line says why.
 Fact sha1_fact(const char* name, const char* label, const std::string& digits,
                const std::string& why_none);
+Fact key_fact(const char* name, const char* label, const PublicKey& key);
+/// The same, and the key joins those of the report.
 void add_key(Report& report, const char* name, const char* label, const PublicKey& key);
 
 /// The report as one JSON object.
