@@ -6,6 +6,7 @@ add_library(sealwright_flags INTERFACE)
 target_include_directories(sealwright_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(
   sealwright_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                             $<$<CXX_COMPILER_ID:Clang>:-Wsign-conversion>
                              $<$<BOOL:${SEALWRIGHT_WERROR}>:-Werror>)
 
 # The same program, whatever folder it is built in.

@@ -4,7 +4,7 @@
 #   need PROBE PACKAGE  notes PACKAGE as missing when the command PROBE fails
 #   need_build_tools    C++20 compiler, cmake, ninja
 #   need_test_tools     those, GoogleTest, OpenSSL and the sanitizers' libraries
-#   need_style_tools    clang-format, clang-tidy
+#   need_style_tools    clang-format, clang-tidy, shellcheck
 #   install_missing     installs what was noted and checks that it is there now
 #   say, fail           messages
 
@@ -96,6 +96,7 @@ need_test_tools() {
 need_style_tools() {
   need 'has_command clang-format' clang-format
   need 'has_command clang-tidy' clang-tidy
+  need 'has_command shellcheck' shellcheck
 }
 
 install_missing() {
