@@ -48,7 +48,7 @@ bool take_items(PrivateKey& key, const Items& items) {
 /// Decrypts the file into `plain`; a record of it is then copied out.
 template <typename Record>
 bool decrypt(PrivateKey& key, Record& record, ByteView file) {
-  const std::int32_t mode = key.scheme == Scheme::sb10 ? key_file_mode_v11 : key_file_mode_v21;
+  const std::int32_t mode = key.scheme == Scheme::sb10 ? key_file_mode_sb10 : key_file_mode_sb20;
   std::ranges::copy(file, key.plain.begin());
   if (do_PrivateKey_Decrypt(mode, key.plain.data(), sizeof record) != ZEB_SUCCESS) return false;
   std::memcpy(&record, key.plain.data(), sizeof record);

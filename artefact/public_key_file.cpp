@@ -52,7 +52,7 @@ PublicKeyFile read_sb20(ByteView file) {
 }
 
 PublicKeyFile read_sb10_root(ByteView file) {
-  auto record = copy_record<Sb10PublicKeyInfoFile>(file);
+  auto record = copy_record<Sb10RootPublicKeyFile>(file);
   const bool proven = verify_sb10_root_proof(record) == ZEB_SUCCESS;
   return {to_public_key(record.publicKeyInfo.key), record.publicKeyInfo, proven};
 }
@@ -81,7 +81,7 @@ Status validate(ByteView efuse, Sb10PublicKeyInfo info) {
 
 std::optional<PublicKeyFile> read_public_key_file(ByteView file) {
   if (file.size() == sizeof(Sb20PublicKeyFile)) return read_sb20(file);
-  if (file.size() == sizeof(Sb10PublicKeyInfoFile)) return read_sb10_root(file);
+  if (file.size() == sizeof(Sb10RootPublicKeyFile)) return read_sb10_root(file);
   if (file.size() == sizeof(Sb10PublicKeyFile)) return read_sb10_stage2(file);
   return std::nullopt;
 }
@@ -91,7 +91,7 @@ std::optional<RootInfo> read_root_info(ByteView file) {
   if (size == sizeof(Sb20PublicKeyFile) || size == sizeof(Sb20PublicKeyInfo)) {
     return copy_record<Sb20PublicKeyInfo>(file);
   }
-  if (size == sizeof(Sb10PublicKeyInfoFile) || size == sizeof(Sb10PublicKeyInfo)) {
+  if (size == sizeof(Sb10RootPublicKeyFile) || size == sizeof(Sb10PublicKeyInfo)) {
     return copy_record<Sb10PublicKeyInfo>(file);
   }
   return std::nullopt;

@@ -1,9 +1,11 @@
 // The client's tables stand in a file of their own, so that its program never links what it may not
 // do: root keys, eFuse data and stage 1.
 
-#include "front/commands.h"
+#include "front/customer_commands.h"
 #include "front/drivers.h"
 #include "front/texts.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -28,12 +30,16 @@ constexpr Command sb10_commands[] = {
 
 }  // namespace
 
-std::int32_t sb20_main_client(int argument_count, Arguments arguments) {
-  return run_command(argument_count, arguments,
-                     {print_sb20_banner, sb20_commands, print_SB20_Usage_Stage2});
+}  // namespace sealwright
+
+std::int32_t sb20_main_client(int argument_count, sealwright::Arguments arguments) {
+  return sealwright::run_command(
+      argument_count, arguments,
+      {sealwright::print_sb20_banner, sealwright::sb20_commands, print_SB20_Usage_Stage2});
 }
 
-std::int32_t sb10_main_client(int argument_count, Arguments arguments) {
-  return run_command(argument_count, arguments,
-                     {print_sb10_banner, sb10_commands, print_SB10_Usage_Stage2});
+std::int32_t sb10_main_client(int argument_count, sealwright::Arguments arguments) {
+  return sealwright::run_command(
+      argument_count, arguments,
+      {sealwright::print_sb10_banner, sealwright::sb10_commands, print_SB10_Usage_Stage2});
 }

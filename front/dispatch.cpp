@@ -6,12 +6,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 
 #include "crypto/prng.h"
 #include "front/texts.h"
 #include "sb10/key_store.h"
 #include "sb20/key_store.h"
 #include "scheme/key_store.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -53,16 +56,19 @@ std::int32_t run_command(int argument_count, Arguments arguments, const Driver& 
 
 std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains) {
   occupy_standard_descriptors();
-  // Also where a command ends the process by exit. A full table of handlers is no reason to stop.
-  [[maybe_unused]] const int ignored = std::atexit(forget_secrets);
+  // A handler, since some commands end the process by `exit`. The C library has room for at least
+  // 32, so this one finds its place.
+  std::ignore = std::atexit(forget_secrets);
   if (argument_count < min_argument_count || argument_count > max_argument_count) {
     print_short_usage();
     return -1;
   }
   const std::string_view version = arguments[1];
-  if (version == "-v1.1" || version == "-V1.1") return mains.v11(argument_count, arguments);
-  if (version == "-v2.1" || version == "-V2.1") return mains.v21(argument_count, arguments);
+  if (version == "-v1.1" || version == "-V1.1") return mains.sb10(argument_count, arguments);
+  if (version == "-v2.1" || version == "-V2.1") return mains.sb20(argument_count, arguments);
   // Quirk: the usage of scheme 2.1, also for a mistyped 1.1; scripts depend on it.
   mains.print_usage();
   return -1;
 }
+
+}  // namespace sealwright

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace sealwright {
+
 /// Arguments of the process, program name first.
 using Arguments = const char* const*;
 /// Runs one command; the result becomes the exit status.
@@ -25,19 +27,22 @@ struct Driver {
 
 /// Prints the banner and runs the action of the first row that matches. When none does, prints the
 /// usage and returns -1.
-std::int32_t run_command(int argument_count, Arguments arguments, const Driver& driver);
+[[nodiscard]] std::int32_t run_command(int argument_count, Arguments arguments,
+                                       const Driver& driver);
 
 /// A scheme's driver: takes the whole command line and returns the status of the command.
 using Main = std::int32_t (*)(int argument_count, Arguments arguments);
 
 /// What an executable hands its command line to.
 struct Mains {
-  Main v11;
-  Main v21;
+  Main sb10;
+  Main sb20;
   void (*print_usage)();  // for an unknown version option
 };
 
 /// Checks the argument count (3 to 6) and runs the driver that argument 1 chooses. Key buffers and
 /// random state are cleared when the process ends, but for an abort.
 /// @return the driver's status, or -1 when there is none to run; no banner is printed then.
-std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains);
+[[nodiscard]] std::int32_t run_main(int argument_count, Arguments arguments, const Mains& mains);
+
+}  // namespace sealwright

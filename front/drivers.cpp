@@ -1,7 +1,10 @@
 #include "front/drivers.h"
 
-#include "front/commands.h"
+#include "front/customer_commands.h"
+#include "front/root_holder_commands.h"
 #include "front/texts.h"
+
+namespace sealwright {
 
 namespace {
 
@@ -36,12 +39,16 @@ constexpr Command sb10_commands[] = {
 
 }  // namespace
 
-std::int32_t sb20_main(int argument_count, Arguments arguments) {
-  return run_command(argument_count, arguments,
-                     {print_sb20_banner, sb20_commands, print_SB20_Usage});
+}  // namespace sealwright
+
+std::int32_t sb20_main(int argument_count, sealwright::Arguments arguments) {
+  return sealwright::run_command(
+      argument_count, arguments,
+      {sealwright::print_sb20_banner, sealwright::sb20_commands, print_SB20_Usage});
 }
 
-std::int32_t sb10_main(int argument_count, Arguments arguments) {
-  return run_command(argument_count, arguments,
-                     {print_sb10_banner, sb10_commands, print_SB10_Usage});
+std::int32_t sb10_main(int argument_count, sealwright::Arguments arguments) {
+  return sealwright::run_command(
+      argument_count, arguments,
+      {sealwright::print_sb10_banner, sealwright::sb10_commands, print_SB10_Usage});
 }

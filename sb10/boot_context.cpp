@@ -34,8 +34,8 @@ Status Generate_SB10_Context(const std::uint8_t* rootPrivateKey, std::uint32_t r
   std::uint8_t digest[sha1_digest_length];
   const Status status = sealwright::digest_sb10_context(digest, *context, {image, imageLen});
   if (status != ZEB_SUCCESS) return status;
-  return sign_context_digest(context->signature,
-                             {rsa_mode_plain, {rootPrivateKey, rootPrivateKeyLen}}, digest);
+  return sealwright::sign_context_digest(
+      context->signature, {rsa_mode_plain, {rootPrivateKey, rootPrivateKeyLen}}, digest);
 }
 
 Status Check_SB10_Context(const std::uint8_t* eFuse, std::uint32_t eFuseLen, SB10_CONTEXT* context,
@@ -44,12 +44,12 @@ Status Check_SB10_Context(const std::uint8_t* eFuse, std::uint32_t eFuseLen, SB1
   save_SB10_FuncPtr(context->funcPtrTable);
   const Status status = Validate_SB10_PublicKeyInfo(eFuse, eFuseLen, &context->publicKeyInfo);
   if (status != ZEB_SUCCESS) return status;
-  return verify_image_and_key(context->signature, view_of(context->publicKeyInfo.key),
-                              {{image, imageLen}, view_of(context->stage2PublicKey)});
+  return sealwright::verify_image_and_key(context->signature, view_of(context->publicKeyInfo.key),
+                                          {{image, imageLen}, view_of(context->stage2PublicKey)});
 }
 
 std::uint32_t* save_SB10_FuncPtr(std::uint32_t* table) {
   static_assert(sb10_entry_count == common_entry_count);
-  save_common_entries(table);
+  sealwright::save_common_entries(table);
   return table;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/wipe.h"
+#include "crypto/checked_signature.h"
 #include "sb10/public_key_info.h"
 
 namespace sealwright {
@@ -11,9 +13,15 @@ namespace {
 
 constexpr std::uint32_t header_length = 28;
 
+/// Signs with the new key and checks the result under its public part.
+Status prove_possession(WritableBytes proof, const Sb10PrivateKeyItems& items,
+                        const RsaPublicKey1024& key, const std::uint8_t* digest) {
+  return sign_digest_checked(proof, {rsa_mode_plain, view_of(items)}, view_of(key).data(), digest);
+}
+
 }  // namespace
 
-Status assemble_sb10_root_public_key(Sb10PublicKeyInfoFile& file, WritableBytes efuse_data,
+Status assemble_sb10_root_public_key(Sb10RootPublicKeyFile& file, WritableBytes efuse_data,
                                      const KeyNumber& n, const KeyNumber& e) {
   file = {};
   std::uint32_t efuse_length = length_of(efuse_data);
@@ -33,7 +41,7 @@ void assemble_sb10_public_key(Sb10PublicKeyFile& file, const RsaPublicKey1024& k
   file.signature_length = sizeof file.signature;
 }
 
-void digest_sb10_root_proof(std::uint8_t* digest, const Sb10PublicKeyInfoFile& file) {
+void digest_sb10_root_proof(std::uint8_t* digest, const Sb10RootPublicKeyFile& file) {
   // The status can be dropped here and below: no pointer is null.
   sha1_message(view_of(file.publicKeyInfo).data(), sizeof file.publicKeyInfo, digest,
                signing_sha1_codes);
@@ -45,7 +53,7 @@ void digest_sb10_proof(std::uint8_t* digest, const Sb10PublicKeyFile& file) {
   sha1_message(covered.data(), length_of(covered), digest, signing_sha1_codes);
 }
 
-void attach_sb10_root_proof(Sb10PublicKeyInfoFile& file, ByteView signature) {
+void attach_sb10_root_proof(Sb10RootPublicKeyFile& file, ByteView signature) {
   std::copy_n(signature.begin(), sizeof file.popSignature, file.popSignature);
 }
 
@@ -67,6 +75,44 @@ void assemble_sb10_private_key(Sb10PrivateKeyFile& file, const Sb10PrivateKeyIte
   std::memcpy(file.text, sb10_private_key_text, sizeof file.text);
   file.items_length = sizeof file.items;
   file.items = items;
+}
+
+Status make_sb10_root_key_files(Sb10RootKeyFiles& files, const ZEB_RSA_PRIVATE_KEY& key) {
+  files = {};
+  Sb10RootPublicKeyFile& file = files.public_key;
+  Status status = assemble_sb10_root_public_key(file, files.efuse_data, {key.n, key.nWords},
+                                                {key.e, key.eWords});
+  if (status != ZEB_SUCCESS) return status;
+  Sb10PrivateKeyItems& items = files.private_key.items;
+  assemble_sb10_private_items(items, key);
+  std::uint8_t digest[sha1_digest_length];
+  digest_sb10_root_proof(digest, file);
+  std::uint8_t proof[sizeof file.popSignature];
+  status = prove_possession(proof, items, file.publicKeyInfo.key, digest);
+  if (status == ZEB_SUCCESS) attach_sb10_root_proof(file, proof);
+  return status;
+}
+
+Status make_sb10_stage2_key_files(Sb10Stage2KeyFiles& files, const ZEB_RSA_PRIVATE_KEY& key) {
+  files = {};
+  // A stage-2 pair gets eFuse data as a root key does, and its public key is taken from the info.
+  Sb10RootPublicKeyFile bound;
+  Status status = assemble_sb10_root_public_key(bound, files.efuse_data, {key.n, key.nWords},
+                                                {key.e, key.eWords});
+  if (status != ZEB_SUCCESS) return status;
+  files.info = bound.publicKeyInfo;
+  Sb10PrivateKeyItems items;
+  const WipeOnExit items_guard(items);
+  assemble_sb10_private_items(items, key);
+  assemble_sb10_private_key(files.private_key, items);
+  Sb10PublicKeyFile& file = files.public_key;
+  assemble_sb10_public_key(file, files.info.key);
+  std::uint8_t digest[sha1_digest_length];
+  digest_sb10_proof(digest, file);
+  std::uint8_t proof[sizeof file.signature];
+  status = prove_possession(proof, items, files.info.key, digest);
+  if (status == ZEB_SUCCESS) attach_sb10_proof(file, proof);
+  return status;
 }
 
 }  // namespace sealwright

@@ -1,6 +1,7 @@
 #include "sb10/key_store.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "base/wipe.h"
 #include "crypto/key_items.h"
@@ -15,27 +16,40 @@ std::uint32_t sb10_eFuseDataLen = 0;
 Sb10PublicKeyFile sb10_pubkey_file = {};
 Sb10PrivateKeyFile sb10_privkey_file = {};
 
+namespace sealwright {
+
 namespace {
 
-constexpr std::uint32_t public_exponent = 65537;  // of every key of scheme 1.1
-
-// Quirk: n and d alone are used, at their fixed places, although the file holds the CRT items, too;
-// stored files in which only those are damaged depend on it.
 constexpr std::size_t n_offset = offsetof(Sb10PrivateKeyFile, items);
 constexpr std::size_t d_offset = n_offset + offsetof(Sb10PrivateKeyItems, d);
 
-/// Appends the item at `offset` of the private-key record to `privateKey`. False when its length
-/// runs past the record; two items that do not, fit the buffer.
-bool append_item_of_record(std::size_t offset) {
-  static_assert(2 * sizeof sb10_privkey_file <= sizeof privateKey);
-  const ByteView rest = view_of(sb10_privkey_file).subspan(offset);
-  KeyItemCursor cursor = {rest.data(), length_of(rest)};
+/// The item that starts a part of a record, with its length; empty when it runs past the part.
+ByteView item_at_start(ByteView part) {
+  KeyItemCursor cursor = {part.data(), length_of(part)};
   ByteView number;
-  if (!read_item_bytes(cursor, number)) return false;
-  const std::size_t item_length = rest.size() - cursor.left;
-  std::copy_n(rest.begin(), item_length, privateKey + privateKeyLen);
-  privateKeyLen += static_cast<std::uint32_t>(item_length);
-  return true;
+  if (!read_item_bytes(cursor, number)) return {};
+  return part.first(part.size() - cursor.left);
+}
+
+/// Puts the n and d items of a private-key record one after the other into `list`, twice as long as
+/// the record. @return what they take up; nothing when one of them runs past the record.
+ByteView join_signing_items(WritableBytes list, ByteView record) {
+  // Quirk: n and d alone are used, at their fixed places, although the file holds the CRT items,
+  // too; stored files in which only those are damaged depend on it.
+  const ByteView n = item_at_start(record.subspan(n_offset));
+  const ByteView d = item_at_start(record.subspan(d_offset));
+  if (n.empty() || d.empty()) return list.first(0);
+  std::copy(n.begin(), n.end(), list.begin());
+  std::copy(d.begin(), d.end(), list.subspan(n.size()).begin());
+  return list.first(n.size() + d.size());
+}
+
+/// The public key of a list that starts with n, as it lies in a longer buffer.
+RsaPublicKey1024 public_part_of(ByteView list_buffer) {
+  RsaPublicKey1024 key;
+  std::copy_n(list_buffer.begin() + offsetof(Item128, number), sizeof key.n, key.n);
+  store_le32(key.e, sb10_public_exponent);
+  return key;
 }
 
 }  // namespace
@@ -46,43 +60,48 @@ EfuseData load_sb10_efuse_data(const char* path, EfuseLength rule) {
   return efuse;
 }
 
+SB10_CONTEXT& store_sb10_context(ByteView stored) {
+  sb10_Context = {};
+  std::copy(stored.begin(), stored.end(), writable_view_of(sb10_Context).begin());
+  return sb10_Context;
+}
+
 SB10_CONTEXT& load_sb10_root_info() {
   sb10_Context = {};
-  sealwright::read_record(writable_view_of(sb10_Context.publicKeyInfo), sb10_public_key_info_file);
+  read_record(writable_view_of(sb10_Context.publicKeyInfo), sb10_root_public_key_file);
   return sb10_Context;
 }
 
 ByteView load_sb10_stage2_public_key(const char* path) {
-  sealwright::read_record(writable_view_of(sb10_pubkey_file), path);
-  if (sb10_pubkey_file.n.length > sizeof publicKey) sealwright::abort_run();
+  read_record(writable_view_of(sb10_pubkey_file), path);
+  if (sb10_pubkey_file.n.length > sizeof publicKey) abort_run();
   static_assert(2 * sizeof sb10_pubkey_file <= sizeof publicKey);
-  publicKeyLen = join_sb10_key(publicKey, sb10_pubkey_file);
+  join_sb10_key(publicKey, sb10_pubkey_file);
+  publicKeyLen = sb10_pubkey_file.n.length + sb10_pubkey_file.e.length;
   return publicKey;
 }
 
 Sb10SigningKey load_sb10_stage2_private_key(const char* path) {
   const WritableBytes record = writable_view_of(sb10_privkey_file);
-  const std::int32_t file_length = sealwright::read_record(record, path);
+  const std::int32_t file_length = read_record(record, path);
   // What comes after the record is ignored, but no private-key file is longer than the key buffer.
-  if (file_length > static_cast<std::int32_t>(sizeof privateKey)) sealwright::abort_run();
-  // The status can be dropped: the record is whole blocks.
-  do_PrivateKey_Decrypt(key_file_mode_v11, record.data(), length_of(record));
+  if (file_length > static_cast<std::int32_t>(sizeof privateKey)) abort_run();
+  // No status but success: the record is whole blocks.
+  std::ignore = do_PrivateKey_Decrypt(key_file_mode_sb10, record.data(), length_of(record));
 
+  static_assert(2 * sizeof sb10_privkey_file <= sizeof privateKey);
   std::fill_n(privateKey, sizeof privateKey, std::uint8_t{0});
-  privateKeyLen = 0;
-  if (!append_item_of_record(n_offset) || !append_item_of_record(d_offset)) privateKeyLen = 0;
-  Sb10SigningKey key = {{privateKey, privateKeyLen}, {}};
-  std::copy_n(privateKey + sizeof(std::uint32_t), sizeof key.public_part.n, key.public_part.n);
-  store_le32(key.public_part.e, public_exponent);
-  return key;
+  const ByteView items = join_signing_items(privateKey, record);
+  privateKeyLen = length_of(items);
+  return {items, public_part_of(privateKey)};
 }
 
 ByteView load_sb10_root_private_key() {
   ByteView items;
   // Quirk: the status is ignored, so that noise is taken for a key; scripts depend on a damaged
   // file failing in signing, with the stage's line.
-  load_private_key_file(items, sb10_private_key_file, key_file_mode_v11,
-                        sizeof Sb10RootPrivateKeyFile::tail);
+  std::ignore = load_private_key_file(items, sb10_root_private_key_file, key_file_mode_sb10,
+                                      sizeof Sb10RootPrivateKeyFile::tail);
   return items;
 }
 
@@ -92,3 +111,5 @@ void wipe_sb10_key_store() {
   wipe(&sb10_pubkey_file, sizeof sb10_pubkey_file);
   wipe(&sb10_privkey_file, sizeof sb10_privkey_file);
 }
+
+}  // namespace sealwright

@@ -17,7 +17,6 @@ const std::uint32_t sb10_hMacKeyLen = sizeof sb10_hMacKey;
 
 namespace {
 
-constexpr KeyBinding binding = {sizeof(RsaPublicKey1024), sb10_efuse_length};
 constexpr std::uint32_t refused_modulus_words = 128;
 constexpr std::size_t signed_offset = offsetof(Sb10PublicKeyFile, n);
 
@@ -36,22 +35,27 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
   *info = {};
   std::memcpy(info->key.n, n, std::size_t{digit_bytes} * nWords);
   std::memcpy(info->key.e, e, std::size_t{digit_bytes} * eWords);
-  return bind_public_key(binding, givenKey, givenKeyLen, writable_view_of(*info).data(), eFuseOut,
-                         eFuseLen);
+  const Status status = sealwright::bind_public_key(
+      writable_view_of(*info), {eFuseOut, sb10_efuse_length}, {givenKey, givenKeyLen});
+  if (status == ZEB_SUCCESS) *eFuseLen = sb10_efuse_length;
+  return status;
 }
 
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info) {
-  return validate_key_binding(binding, eFuse, eFuseLen, writable_view_of(*info).data());
+  if (eFuseLen != sb10_efuse_length) return INFO_ERR_ARGUMENT;
+  return sealwright::validate_key_binding(writable_view_of(*info), {eFuse, eFuseLen});
 }
 
-Status verify_sb10_root_proof(Sb10PublicKeyInfoFile& file) {
+namespace sealwright {
+
+Status verify_sb10_root_proof(Sb10RootPublicKeyFile& file) {
   const Sb10PublicKeyInfo& info = file.publicKeyInfo;
   return Verify_PSS_RSASignature2(view_of(info.key).data(), sizeof info.key, view_of(info).data(),
                                   sizeof info, file.popSignature, sizeof file.popSignature);
 }
 
-std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file) {
+void join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file) {
   constexpr std::size_t n_offset = offsetof(Sb10PublicKeyFile, n.number);
   constexpr std::size_t e_offset = offsetof(Sb10PublicKeyFile, e.number);
   const ByteView record = view_of(file);
@@ -62,20 +66,22 @@ std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file) {
     std::copy_n(record.begin() + n_offset, file.n.length, key.begin());
     std::copy_n(record.begin() + e_offset, file.e.length, key.begin() + file.n.length);
   }
-  return file.n.length + file.e.length;
 }
 
 Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key) {
-  // What a longer signature would have past the record is zero.
+  // The signature ends the record. When the file says that it has 256 bytes, those that the record
+  // has no room for count as zero.
   std::array<std::uint8_t, signature_bytes_2048> signature = {};
   std::copy(std::begin(file.signature), std::end(file.signature), signature.begin());
   Status status = VERIFY_ERR_RSA;
-  // A block that runs past the file's record was never signed.
+  // No signature covers more than the record holds.
   if (file.signed_length <= sizeof file - signed_offset) {
-    status =
-        Verify_PSS_RSASignature2(key.data(), length_of(key), view_of(file).data() + signed_offset,
-                                 file.signed_length, signature.data(), file.signature_length);
+    const ByteView covered = view_of(file).subspan(signed_offset, file.signed_length);
+    status = Verify_PSS_RSASignature2(key.data(), length_of(key), covered.data(),
+                                      length_of(covered), signature.data(), file.signature_length);
   }
   if (status != ZEB_SUCCESS) wipe(file.signature, sizeof file.signature);
   return status;
 }
+
+}  // namespace sealwright

@@ -26,18 +26,22 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
 Status Validate_SB10_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb10PublicKeyInfo* info);
 
+namespace sealwright {
+
 /// Checks the proof of possession in a root public-key file. A signature that fails is wiped.
 /// @return 0; VERIFY_ERR_...
-[[nodiscard]] Status verify_sb10_root_proof(Sb10PublicKeyInfoFile& file);
+[[nodiscard]] Status verify_sb10_root_proof(Sb10RootPublicKeyFile& file);
 
-/// Clears `key`, at least 616 bytes (twice the record), and puts n and e of a stage-2 public-key
-/// file, as long as the file says they are, one after the other into it. Lengths that run past the
-/// record leave a key of zeros, which verifies nothing.
-/// @return the sum of both stated lengths.
-std::uint32_t join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file);
+/// Clears `key`, at least 616 bytes (twice the record), and copies n and then e of a stage-2
+/// public-key file to its start. Both are as long as the file says: in a file with other lengths
+/// than 128 and 4 they run on into what follows them. Where one would run past the record the key
+/// stays all zero, which verifies nothing.
+void join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file);
 
-/// Checks the proof of possession in a stage-2 public-key file with its `key`, as join_sb10_key put
-/// it into at least 520 bytes: what the signature covers and how long it is, the file says. A
-/// signature that fails is wiped.
-/// @return 0; VERIFY_ERR_...
-Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key);
+/// Checks the proof of possession in a stage-2 public-key file under `key`, at least 520 bytes as
+/// join_sb10_key filled them. The file itself says how many bytes the signature covers, from the
+/// length of n on, and how long the signature is. One that does not verify is wiped.
+/// @return 0; VERIFY_ERR_SIGNATURE_LENGTH; VERIFY_ERR_RSA.
+[[nodiscard]] Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key);
+
+}  // namespace sealwright

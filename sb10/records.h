@@ -21,11 +21,13 @@ static_assert(sizeof(Sb10PublicKeyInfo) == 152);
 static_assert(offsetof(Sb10PublicKeyInfo, hmac) == 132);
 
 /// Root public-key file: the info and the proof that its maker holds the private key.
-struct Sb10PublicKeyInfoFile {
+struct Sb10RootPublicKeyFile {
   Sb10PublicKeyInfo publicKeyInfo;
   std::uint8_t popSignature[128];  // over publicKeyInfo
 };
-static_assert(sizeof(Sb10PublicKeyInfoFile) == 280);
+static_assert(sizeof(Sb10RootPublicKeyFile) == 280);
+// Until all callers say so.
+using Sb10PublicKeyInfoFile = Sb10RootPublicKeyFile;
 
 /// The headers of stage-2 key files.
 inline constexpr char sb10_public_key_text[] = "1.0, Pub, RSA-1024";

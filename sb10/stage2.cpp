@@ -9,7 +9,7 @@
 Status sb10_Generate_Stage2(const char* privateKeyFile, const std::uint8_t* image,
                             std::uint32_t imageLen, std::uint8_t* signatureOut,
                             std::uint32_t* signatureLen) {
-  const Sb10SigningKey key = load_sb10_stage2_private_key(privateKeyFile);
+  const sealwright::Sb10SigningKey key = sealwright::load_sb10_stage2_private_key(privateKeyFile);
   const Status status =
       sign_message_checked({signatureOut, signature_bytes_1024}, {rsa_mode_plain, key.items},
                            view_of(key.public_part).data(), {image, imageLen});

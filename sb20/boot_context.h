@@ -36,3 +36,6 @@ Status Generate_SB20_Context(const std::uint8_t* rootPrivateKey, std::uint32_t r
 /// @return 0; CHECK_ERR_...; what Validate_SB20_PublicKeyInfo returns.
 Status Check_SB20_Context(const std::uint8_t* eFuse, std::uint32_t eFuseLen, SB20_CONTEXT* context,
                           const std::uint8_t* code, std::uint32_t codeLen);
+
+/// Fills the 24 slots of the entry table.
+void save_SB20_FuncPtr(std::uint32_t* table);

@@ -19,7 +19,7 @@ constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARA
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
   if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
       aes_cbc_decrypt_message(&cipher, code, codeLen) != ZEB_SUCCESS) {
-    return CIPHER_ERR_OPEN;
+    return CIPHER_ERR_DECRYPT;
   }
   return ZEB_SUCCESS;
 }
@@ -45,6 +45,8 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
   return ZEB_SUCCESS;
 }
 
+namespace sealwright {
+
 Status set_up_code_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                           const SB20_CONTEXT* context) {
   std::uint8_t key[parameter_length];
@@ -58,15 +60,17 @@ Status set_up_code_cipher(AesCbcContext& cipher, const std::uint8_t* eFuse, std:
   return set == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_SETUP;
 }
 
+}  // namespace sealwright
+
 Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB20_CONTEXT* context,
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
-  const Status status = set_up_code_cipher(cipher, eFuse, eFuseLen, context);
+  const Status status = sealwright::set_up_code_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   sealwright::LargeBuffer ciphertext(codeLen);
-  sealwright::LargeBuffer opened(codeLen);
-  if (ciphertext.data() == nullptr || opened.data() == nullptr ||
+  sealwright::LargeBuffer decrypted(codeLen);
+  if (ciphertext.data() == nullptr || decrypted.data() == nullptr ||
       ZEB_AES_CBC_EncInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
@@ -74,10 +78,10 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
   if (aes_cbc_encrypt_message(&cipher, code, codeLen, ciphertext.data()) != ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
-  std::memcpy(opened.data(), ciphertext.data(), codeLen);
-  const Status opening = decrypt_in_place(cipher, opened.data(), codeLen);
-  if (opening != ZEB_SUCCESS) return opening;
-  if (std::memcmp(opened.data(), code, codeLen) != 0) return CIPHER_ERR_RUN;
+  std::memcpy(decrypted.data(), ciphertext.data(), codeLen);
+  const Status decryption = decrypt_in_place(cipher, decrypted.data(), codeLen);
+  if (decryption != ZEB_SUCCESS) return decryption;
+  if (std::memcmp(decrypted.data(), code, codeLen) != 0) return CIPHER_ERR_RUN;
   std::memcpy(code, ciphertext.data(), codeLen);
   return ZEB_SUCCESS;
 }
@@ -86,7 +90,7 @@ Status Decrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
                     std::uint8_t* code, std::uint32_t codeLen) {
   AesCbcContext cipher;
   const WipeOnExit cipher_guard(cipher);
-  const Status status = set_up_code_cipher(cipher, eFuse, eFuseLen, context);
+  const Status status = sealwright::set_up_code_cipher(cipher, eFuse, eFuseLen, context);
   if (status != ZEB_SUCCESS) return status;
   return decrypt_in_place(cipher, code, codeLen);
 }

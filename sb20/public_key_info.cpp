@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr KeyBinding binding = {sizeof(RsaPublicKey2048), sb20_efuse_length};
 constexpr std::uint32_t refused_modulus_words = 256;
 
 }  // namespace
@@ -27,14 +26,19 @@ Status Generate_SB20_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
   std::memcpy(info->key.n, n, info->key.nLen);
   info->key.eLen = digit_bytes * eWords;
   std::memcpy(info->key.e, e, info->key.eLen);
-  return bind_public_key(binding, givenKey, givenKeyLen, writable_view_of(*info).data(), eFuseOut,
-                         eFuseLen);
+  const Status status = sealwright::bind_public_key(
+      writable_view_of(*info), {eFuseOut, sb20_efuse_length}, {givenKey, givenKeyLen});
+  if (status == ZEB_SUCCESS) *eFuseLen = sb20_efuse_length;
+  return status;
 }
 
 Status Validate_SB20_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb20PublicKeyInfo* info) {
-  return validate_key_binding(binding, eFuse, eFuseLen, writable_view_of(*info).data());
+  if (eFuseLen != sb20_efuse_length) return INFO_ERR_ARGUMENT;
+  return sealwright::validate_key_binding(writable_view_of(*info), {eFuse, eFuseLen});
 }
+
+namespace sealwright {
 
 Status verify_sb20_proof(WritableBytes file) {
   const std::uint8_t* key = file.data();
@@ -43,3 +47,5 @@ Status verify_sb20_proof(WritableBytes file) {
       file.data() + offsetof(Sb20PublicKeyFile, popSignature),
       load_le32(file.data() + offsetof(Sb20PublicKeyFile, popSignatureLen)));
 }
+
+}  // namespace sealwright

@@ -21,8 +21,12 @@ Status Generate_SB20_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
 Status Validate_SB20_PublicKeyInfo(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
                                    Sb20PublicKeyInfo* info);
 
+namespace sealwright {
+
 /// Checks the proof of possession in the bytes of a public-key file, at least the record's 548: the
 /// file's own key must verify the file's signature, whose length is what the file says, over the
 /// info. A signature of 128 or 256 bytes that fails is wiped.
 /// @return 0; VERIFY_ERR_...
-Status verify_sb20_proof(WritableBytes file);
+[[nodiscard]] Status verify_sb20_proof(WritableBytes file);
+
+}  // namespace sealwright

@@ -11,10 +11,11 @@ Status sb20_Generate_Stage2(const char* privateKeyFile, const std::uint8_t* imag
                             std::uint32_t imageLen, std::uint8_t* signatureOut,
                             std::uint32_t* signatureLen) {
   ByteView items;
-  Status status = load_sb20_private_key(items, privateKeyFile);
+  Status status = sealwright::load_sb20_private_key(items, privateKeyFile);
   if (status != ZEB_SUCCESS) return status;
-  // The n and e items that a key record starts with are the public key as verifiers take it.
-  const std::uint8_t* public_key = privateKey;
+  // The n and e items that a key record starts with are the public key as verifiers take it. Of a
+  // file that is shorter than both, the rest is the zeros of the buffer.
+  const std::uint8_t* public_key = items.data();
   status = sign_message_checked({signatureOut, signature_bytes_2048}, {rsa_mode_crt, items},
                                 public_key, {image, imageLen});
   if (status == ZEB_SUCCESS) *signatureLen = signature_bytes_2048;

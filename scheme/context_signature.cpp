@@ -6,6 +6,8 @@
 #include "crypto/sha1.h"
 #include "scheme/status.h"
 
+namespace sealwright {
+
 namespace {
 
 constexpr std::uint8_t fill_byte = 0xAA;
@@ -56,3 +58,5 @@ Status verify_image_and_key(WritableBytes signature, ByteView root_key,
                               signature.data(), length_of(signature));
   return verified == ZEB_SUCCESS ? ZEB_SUCCESS : CHECK_ERR_SIGNATURE;
 }
+
+}  // namespace sealwright

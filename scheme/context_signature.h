@@ -15,6 +15,8 @@ struct ImageAndKey {
   ByteView stage2_key;
 };
 
+namespace sealwright {
+
 /// Marks a context: fills `fill` with the byte 0xAA and writes `name` to the zeroed `magic`.
 void mark_context(WritableBytes magic, WritableBytes fill, ByteView name);
 
@@ -32,3 +34,5 @@ void mark_context(WritableBytes magic, WritableBytes fill, ByteView name);
 /// @return 0; CHECK_ERR_SHA1_...; CHECK_ERR_SIGNATURE.
 [[nodiscard]] Status verify_image_and_key(WritableBytes signature, ByteView root_key,
                                           const ImageAndKey& covered);
+
+}  // namespace sealwright

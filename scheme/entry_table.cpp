@@ -7,6 +7,8 @@
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
 
+namespace sealwright {
+
 void save_common_entries(std::uint32_t* table) {
   const std::array<std::uint32_t, common_entry_count> entries = {
       // Memory primitives.
@@ -21,3 +23,5 @@ void save_common_entries(std::uint32_t* table) {
       entry_word(Verify_PSS_RSASignature)};
   std::copy(entries.begin(), entries.end(), table);
 }
+
+}  // namespace sealwright

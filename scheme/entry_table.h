@@ -7,12 +7,16 @@
 
 inline constexpr std::uint32_t common_entry_count = 12;
 
+namespace sealwright {
+
 /// Low 32 bits of a function's address.
 template <typename Function>
-std::uint32_t entry_word(Function* function) {
+[[nodiscard]] std::uint32_t entry_word(Function* function) {
   return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(function));
 }
 
 /// Fills the slots that both schemes share: the memory primitives, SHA-1, HMAC and
 /// Verify_PSS_RSASignature.
 void save_common_entries(std::uint32_t* table);
+
+}  // namespace sealwright

@@ -8,6 +8,8 @@
 #include "crypto/sha1.h"
 #include "scheme/status.h"
 
+namespace sealwright {
+
 namespace {
 
 // Setting up, starting, the key, ending.
@@ -16,52 +18,62 @@ constexpr FourStepCodes generating = {INFO_ERR_GEN_HMAC_SETUP, INFO_ERR_GEN_HMAC
 constexpr FourStepCodes validating = {INFO_ERR_HMAC_SETUP, INFO_ERR_HMAC_INIT, INFO_ERR_HMAC_UPDATE,
                                       INFO_ERR_HMAC_FINAL};
 
-Status hmac_of_key(const KeyBinding& binding, const std::uint8_t* hmac_key,
-                   const std::uint8_t* info, std::uint8_t* mac, const FourStepCodes& codes) {
+Status hmac_in_steps(std::uint8_t* mac, ByteView hmac_key, ByteView public_key,
+                     const FourStepCodes& codes) {
   ZEB_SHA1_HMAC hmac = {};
   const WipeOnExit hmac_guard(hmac);
-  if (ZEB_SHA1_HMAC_SetInfo(&hmac, hmac_key, binding.efuse_length) != ZEB_SUCCESS) return codes[0];
+  if (ZEB_SHA1_HMAC_SetInfo(&hmac, hmac_key.data(), length_of(hmac_key)) != ZEB_SUCCESS) {
+    return codes[0];
+  }
   if (ZEB_SHA1_HMAC_Init(&hmac) != ZEB_SUCCESS) return codes[1];
-  if (ZEB_SHA1_HMAC_Update(&hmac, info, binding.key_length) != ZEB_SUCCESS) return codes[2];
+  if (ZEB_SHA1_HMAC_Update(&hmac, public_key.data(), length_of(public_key)) != ZEB_SUCCESS) {
+    return codes[2];
+  }
   if (ZEB_SHA1_HMAC_Final(&hmac, mac) != ZEB_SUCCESS) return codes[3];
   return ZEB_SUCCESS;
 }
 
+/// The key that `info` starts with.
+ByteView key_in(ByteView info) {
+  return info.first(info.size() - sha1_digest_length);
+}
+
 }  // namespace
 
-Status bind_public_key(const KeyBinding& binding, const std::uint8_t* givenKey,
-                       std::uint32_t givenKeyLen, std::uint8_t* info, std::uint8_t* eFuseOut,
-                       std::uint32_t* eFuseLen) {
-  std::uint8_t hmac_key[sha1_digest_length] = {};
-  const WipeOnExit hmac_key_guard(hmac_key);
-  if (givenKeyLen != 0) {
-    if (givenKeyLen != binding.efuse_length || givenKey == nullptr) return INFO_ERR_ARGUMENT;
-    std::copy_n(givenKey, binding.efuse_length, hmac_key);
+Status bind_public_key(WritableBytes info, WritableBytes efuse, ByteView given_key) {
+  std::uint8_t key_buffer[sha1_digest_length] = {};
+  const WipeOnExit key_guard(key_buffer);
+  const WritableBytes hmac_key = WritableBytes(key_buffer).first(efuse.size());
+  if (given_key.empty()) {
+    if (given_key.data() != nullptr) return INFO_ERR_ARGUMENT;
+    if (ZEB_SHA1_PRNG_Rand(length_of(hmac_key), hmac_key.data()) != ZEB_SUCCESS) {
+      return INFO_ERR_ARGUMENT;
+    }
   } else {
-    if (givenKey != nullptr) return INFO_ERR_ARGUMENT;
-    if (ZEB_SHA1_PRNG_Rand(binding.efuse_length, hmac_key) != ZEB_SUCCESS) return INFO_ERR_ARGUMENT;
+    if (given_key.size() != efuse.size() || given_key.data() == nullptr) return INFO_ERR_ARGUMENT;
+    std::copy(given_key.begin(), given_key.end(), hmac_key.begin());
   }
-  std::uint8_t* mac = info + binding.key_length;
-  const Status status = hmac_of_key(binding, hmac_key, info, mac, generating);
+  const WritableBytes mac = info.last(sha1_digest_length);
+  const Status status = hmac_in_steps(mac.data(), hmac_key, key_in(info), generating);
   if (status != ZEB_SUCCESS) return status;
-  tmkx_memxor(eFuseOut, mac, hmac_key, binding.efuse_length);
-  *eFuseLen = binding.efuse_length;
+  tmkx_memxor(efuse.data(), mac.data(), hmac_key.data(), length_of(efuse));
   return ZEB_SUCCESS;
 }
 
-Status validate_key_binding(const KeyBinding& binding, const std::uint8_t* eFuse,
-                            std::uint32_t eFuseLen, std::uint8_t* info) {
-  if (eFuseLen != binding.efuse_length) return INFO_ERR_ARGUMENT;
-  const std::uint8_t* stored = info + binding.key_length;
-  std::uint8_t hmac_key[sha1_digest_length];
-  const WipeOnExit hmac_key_guard(hmac_key);
+Status validate_key_binding(WritableBytes info, ByteView efuse) {
+  const ByteView stored = info.last(sha1_digest_length);
+  std::uint8_t key_buffer[sha1_digest_length];
+  const WipeOnExit key_guard(key_buffer);
+  const WritableBytes hmac_key = WritableBytes(key_buffer).first(efuse.size());
+  tmkx_memxor(hmac_key.data(), stored.data(), efuse.data(), length_of(efuse));
   std::uint8_t expected[sha1_digest_length];
-  tmkx_memxor(hmac_key, stored, eFuse, binding.efuse_length);
-  const Status status = hmac_of_key(binding, hmac_key, info, expected, validating);
+  const Status status = hmac_in_steps(expected, hmac_key, key_in(info), validating);
   if (status != ZEB_SUCCESS) return status;
-  if (tmkx_memcmp(expected, stored, sha1_digest_length) == 0) return ZEB_SUCCESS;
+  if (tmkx_memcmp(expected, stored.data(), sha1_digest_length) == 0) return ZEB_SUCCESS;
   // Quirk: the caller's info is cleared; device code that looks at it after a failure depends on
   // it.
-  std::fill_n(info, binding.key_length + sha1_digest_length, std::uint8_t{0});
+  std::fill(info.begin(), info.end(), std::uint8_t{0});
   return INFO_ERR_MISMATCH;
 }
+
+}  // namespace sealwright

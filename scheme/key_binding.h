@@ -1,27 +1,22 @@
 #pragma once
 
-#include <cstdint>
-
+#include "base/bytes.h"
 #include "crypto/status.h"
 
-// How both schemes bind a root public key to the fuses: the public-key info is the key followed by
-// a 20-byte HMAC-SHA-1 over it; the eFuse data is the HMAC (its first bytes, where the fuses hold
-// fewer) XOR the HMAC key, which is stored nowhere.
+// How both schemes bind a root public key to the fuses. The public-key info is the key followed by
+// HMAC-SHA-1 of it, 20 bytes. The HMAC key, as long as the eFuse data, is stored nowhere: the eFuse
+// data is that many bytes of the HMAC, from its first on, XOR the HMAC key. A device XORs its fuses
+// with the HMAC to have the HMAC key back, and so takes no public key but the one it was fused for.
 
-/// The sizes in which the schemes differ.
-struct KeyBinding {
-  std::uint32_t key_length;    // bytes of public key that the HMAC covers and comes after
-  std::uint32_t efuse_length;  // bytes of the eFuse data and of the HMAC key
-};
+namespace sealwright {
 
-/// Writes the HMAC after the key in `info` and the eFuse data to `eFuseOut`; *eFuseLen receives
-/// its length. `givenKey` is an HMAC key, or null with length 0 to draw one.
+/// Writes the HMAC after the key in `info`, and the eFuse data to `efuse`. `given_key` is an HMAC
+/// key as long as `efuse`, or nothing (a null pointer with length 0) to draw one.
 /// @return 0; INFO_ERR_ARGUMENT; INFO_ERR_GEN_HMAC_...
-Status bind_public_key(const KeyBinding& binding, const std::uint8_t* givenKey,
-                       std::uint32_t givenKeyLen, std::uint8_t* info, std::uint8_t* eFuseOut,
-                       std::uint32_t* eFuseLen);
+[[nodiscard]] Status bind_public_key(WritableBytes info, WritableBytes efuse, ByteView given_key);
 
-/// Checks the HMAC in `info` under the key that the eFuse data gives; wipes `info` on a mismatch.
-/// @return 0; INFO_ERR_ARGUMENT for a wrong eFuse length; INFO_ERR_HMAC_...; INFO_ERR_MISMATCH.
-Status validate_key_binding(const KeyBinding& binding, const std::uint8_t* eFuse,
-                            std::uint32_t eFuseLen, std::uint8_t* info);
+/// Checks the HMAC in `info` under the key that the eFuse data gives; clears `info` on a mismatch.
+/// @return 0; INFO_ERR_HMAC_...; INFO_ERR_MISMATCH.
+[[nodiscard]] Status validate_key_binding(WritableBytes info, ByteView efuse);
+
+}  // namespace sealwright

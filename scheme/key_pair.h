@@ -18,6 +18,8 @@ struct KeyNumber {
   std::uint32_t digit_count;
 };
 
+namespace sealwright {
+
 /// Makes an RSA key of `modulus_bits` bits with the given exponent in `key` and checks it whole, so
 /// that a fault of the machine never becomes a key that somebody fuses.
 /// @return 0; SIGN_ERR_RSA, and the key is of no use then.
@@ -27,5 +29,6 @@ struct KeyNumber {
 /// Writes the numbers as a key item list to `list`, each at its full width whatever leading zeros
 /// it has: a shorter list would be no whole number of blocks and so be stored unencrypted. The room
 /// is 4 bytes for each number and 4 for each of its digits.
-/// @return the list's bytes.
-ByteView write_item_list(WritableBytes list, std::span<const KeyNumber> numbers);
+void write_item_list(WritableBytes list, std::span<const KeyNumber> numbers);
+
+}  // namespace sealwright

@@ -11,8 +11,10 @@ std::uint32_t privateKeyLen = 0;
 std::uint8_t publicKey[public_key_capacity] = {};
 std::uint32_t publicKeyLen = 0;
 
+namespace sealwright {
+
 EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule) {
-  const auto file_length = static_cast<std::uint32_t>(sealwright::read_record(fuses, path));
+  const auto file_length = static_cast<std::uint32_t>(read_record(fuses, path));
   // Quirk: -VERIFY takes the scheme's length, whatever the file has; stored files that lost zeros
   // at their end or grew depend on it.
   return {fuses.data(), rule == EfuseLength::of_file ? file_length : length_of(fuses)};
@@ -20,7 +22,7 @@ EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rul
 
 Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
                              std::uint32_t tail) {
-  privateKeyLen = static_cast<std::uint32_t>(sealwright::read_whole_or_abort(privateKey, path));
+  privateKeyLen = static_cast<std::uint32_t>(read_whole_or_abort(privateKey, path));
   const Status status = do_PrivateKey_Decrypt(mode, privateKey, privateKeyLen);
   // Quirk: a fixed count comes off, whatever the bytes are; stored files with any bytes there
   // depend on it.
@@ -30,7 +32,7 @@ Status load_private_key_file(ByteView& items, const char* path, std::int32_t mod
 }
 
 WritableBytes load_public_key_file(const char* path) {
-  publicKeyLen = static_cast<std::uint32_t>(sealwright::read_whole_or_abort(publicKey, path));
+  publicKeyLen = static_cast<std::uint32_t>(read_whole_or_abort(publicKey, path));
   return publicKey;
 }
 
@@ -38,3 +40,5 @@ void wipe_key_store() {
   wipe(privateKey, sizeof privateKey);
   wipe(publicKey, sizeof publicKey);
 }
+
+}  // namespace sealwright

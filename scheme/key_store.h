@@ -17,30 +17,35 @@ extern std::uint32_t privateKeyLen;
 extern std::uint8_t publicKey[public_key_capacity];
 extern std::uint32_t publicKeyLen;
 
-/// Which length eFuse data counts with.
+/// Which length counts as that of the eFuse data in a file.
 enum class EfuseLength {
-  of_file,   // what the file has; sealing refuses any but the scheme's own
-  of_fuses,  // the scheme's own, whatever the file has
+  of_file,   // the file's: signing refuses a file that is shorter or longer than the fuses
+  of_fuses,  // the fuses': -VERIFY takes what a longer file starts with, and zeros after a shorter
 };
 
-/// eFuse data as it is checked against. Only a length of the scheme's own is ever read.
+/// eFuse data in its buffer, which is as long as the scheme's fuses. `length` may be another: who
+/// uses the data compares it first.
 struct EfuseData {
   const std::uint8_t* bytes;
   std::uint32_t length;
 };
 
+namespace sealwright {
+
 /// Reads an eFuse file into the cleared `fuses`, as far as it fits.
-EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule);
+[[nodiscard]] EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule);
 
 /// Reads a private-key file into `privateKey`, decrypts it and takes off the `tail` bytes that made
 /// it whole blocks. `items` becomes the key item list. A file above 2048 bytes aborts.
 /// @return what do_PrivateKey_Decrypt returns; after a failure the list is noise.
-Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
-                             std::uint32_t tail);
+[[nodiscard]] Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
+                                           std::uint32_t tail);
 
 /// Reads a public-key file whole into `publicKey`; one above 1024 bytes aborts.
 /// @return the whole buffer: zero after the file's bytes.
-WritableBytes load_public_key_file(const char* path);
+[[nodiscard]] WritableBytes load_public_key_file(const char* path);
 
 /// Clears the buffers of this unit.
 void wipe_key_store();
+
+}  // namespace sealwright

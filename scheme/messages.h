@@ -1,17 +1,11 @@
 #pragma once
 
-// Lines that the functions and commands of both schemes print. Scripts compare them as they stand,
+// Lines that the signing functions of both schemes print. Scripts compare them as they stand,
 // "Posession" included.
 
-inline constexpr char generating_2048_line[] = "RSA 2048 bits key is generating...\n";
-inline constexpr char generating_1024_line[] = "RSA 1024 bits key is generating...\n";
 inline constexpr char popp_failure_line[] =
     "Invalid Stage 2 Public Key: POPP(Proof of Posession Private Key) Failure\n";
 inline constexpr char stage1_signed_line[] = "Stage 1: Signature generation is successful.\n";
 inline constexpr char stage1_not_signed_line[] = "Stage 1: Signature generation is failed.\n";
-inline constexpr char stage1_verified_line[] = "Stage 1: Signature verification is successful.\n";
-inline constexpr char stage1_refused_line[] = "Stage 1: Signature verification is failed.\n";
 inline constexpr char stage2_signed_line[] = "Stage 2: Signature generation is successful.\n";
 inline constexpr char stage2_not_signed_line[] = "Stage 2: Signature generation is failed.\n";
-inline constexpr char stage2_verified_line[] = "Stage 2: Signature verification is successful.\n";
-inline constexpr char stage2_refused_line[] = "Stage 2: Signature verification is failed.\n";

@@ -24,8 +24,8 @@ struct ParameterSeed {
   volatile std::uint32_t key;
   volatile std::uint32_t iv;
 };
-const ParameterSeed seed_v11 = {0x3C5A91E7, 0x8B1D4F62};
-const ParameterSeed seed_v21 = {0xD94E0B35, 0x62F7A8C1};
+const ParameterSeed seed_sb10 = {0x3C5A91E7, 0x8B1D4F62};
+const ParameterSeed seed_sb20 = {0xD94E0B35, 0x62F7A8C1};
 
 /// Fixed byte sequence grown from a seed; part of the file format, so never to be changed.
 void expand_seed(std::uint32_t seed, std::uint8_t* bytes, std::uint32_t length) {
@@ -37,9 +37,9 @@ void expand_seed(std::uint32_t seed, std::uint8_t* bytes, std::uint32_t length) 
 }
 
 void build_parameters(CipherParameters& parameters, std::int32_t mode) {
-  const bool v11 = mode == key_file_mode_v11;
-  const ParameterSeed& seed = v11 ? seed_v11 : seed_v21;
-  parameters.key_length = v11 ? 16 : 32;
+  const bool is_sb10 = mode == key_file_mode_sb10;
+  const ParameterSeed& seed = is_sb10 ? seed_sb10 : seed_sb20;
+  parameters.key_length = is_sb10 ? 16 : 32;
   expand_seed(seed.key, parameters.key.data(), parameters.key_length);
   expand_seed(seed.iv, parameters.iv.data(), aes_block_length);
 }

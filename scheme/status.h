@@ -44,5 +44,5 @@ inline constexpr Status CONTEXT_ERR_SHA1_FINAL = 0xFFF60040;
 // Code and key-file encryption (0xFFF7xxxx).
 inline constexpr Status CIPHER_ERR_PARAMETER = 0xFFF7A000;  // key or IV cannot be derived
 inline constexpr Status CIPHER_ERR_SETUP = 0xFFF7B000;
-inline constexpr Status CIPHER_ERR_RUN = 0xFFF7C000;   // update, final or self-check failed
-inline constexpr Status CIPHER_ERR_OPEN = 0xFFF7D000;  // decryption of code failed
+inline constexpr Status CIPHER_ERR_RUN = 0xFFF7C000;      // update, final or self-check failed
+inline constexpr Status CIPHER_ERR_DECRYPT = 0xFFF7D000;  // decryption of code failed

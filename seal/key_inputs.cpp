@@ -78,9 +78,9 @@ Objection read_private_half(PrivateFile& file, std::string name, KeyRole role,
 }
 
 const KeyNames& key_names(Scheme scheme) {
-  static constexpr KeyNames sb20 = {sb20_public_key_info_file, sb20_private_key_file,
+  static constexpr KeyNames sb20 = {sb20_root_public_key_file, sb20_root_private_key_file,
                                     sb20_efuse_file, "_V21.spk", "_V21.prv"};
-  static constexpr KeyNames sb10 = {sb10_public_key_info_file, sb10_private_key_file,
+  static constexpr KeyNames sb10 = {sb10_root_public_key_file, sb10_root_private_key_file,
                                     sb10_efuse_file, ".spk", ".prv"};
   return scheme == Scheme::sb20 ? sb20 : sb10;
 }

@@ -102,7 +102,7 @@ TEST(InspectKeys, MadeUpLengthsProveNothing) {
       joined(short_modulus, bytes_of(256U), fit_signature(n, sha1(short_modulus), ahead));
   for (const Bytes& file : {short_proof, short_modulus}) {
     Bytes checked = file;
-    EXPECT_EQ(verify_sb20_proof(checked), 0U);
+    EXPECT_EQ(sealwright::verify_sb20_proof(checked), 0U);
     write_bytes("forged.spk", file);
     EXPECT_THAT(run(inspect_tool + " --json forged.spk").output,
                 HasSubstr(R"("proof_of_possession": false)"));

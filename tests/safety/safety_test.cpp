@@ -8,6 +8,7 @@
 #include <cstring>
 #include <functional>
 #include <set>
+#include <tuple>
 
 #include "crypto/mem.h"
 #include "crypto/prng_state.h"
@@ -68,10 +69,10 @@ void search() {
   constexpr std::size_t d20 = offsetof(Sb20PrivateKeyFile, d);
   constexpr std::size_t d10 = offsetof(Sb10PrivateKeyItems, d);
   secrets = new std::set<std::string>;
-  add_key("privateKey_V21.dat", key_file_mode_v21, d20);
-  add_key("s_V21.prv", key_file_mode_v21, d20);
-  add_key("privateKey.dat", key_file_mode_v11, d10);
-  add_key("s.prv", key_file_mode_v11, offsetof(Sb10PrivateKeyFile, items) + d10);
+  add_key("privateKey_V21.dat", key_file_mode_sb20, d20);
+  add_key("s_V21.prv", key_file_mode_sb20, d20);
+  add_key("privateKey.dat", key_file_mode_sb10, d10);
+  add_key("s.prv", key_file_mode_sb10, offsetof(Sb10PrivateKeyFile, items) + d10);
   add_code_key();
   const int where = found(stack, stack + stack_length) + 2 * found(&__data_start, &_end);
   _exit(secrets->empty() ? 4 : where);
@@ -87,7 +88,9 @@ std::vector<Words> commands_of(bool v11) {
 }
 
 void run(const Words& words) {
-  run_main(static_cast<int>(words.size()), words.data(), {sb10_main, sb20_main, print_SB20_Usage});
+  // What is left in memory does not depend on how the command ended.
+  std::ignore = sealwright::run_main(static_cast<int>(words.size()), words.data(),
+                                     {sb10_main, sb20_main, print_SB20_Usage});
 }
 
 /// Does the work in a process of its own and searches what it leaves.

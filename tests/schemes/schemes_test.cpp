@@ -46,7 +46,7 @@ TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
   EXPECT_EQ(bytes_of(good.context.stage2PublicKey), slice(info, 0, info.size() - 20));  // stands in
   Sealed<S> tried = good;
   EXPECT_EQ(tried.check(), 0U);
-  EXPECT_EQ(tried.context.funcPtrTable[0], entry_word(tmkx_memcmp));
+  EXPECT_EQ(tried.context.funcPtrTable[0], sealwright::entry_word(tmkx_memcmp));
   tried = good;
   tried.code = Bytes();  // a null pointer
   EXPECT_EQ(tried.check(), 0xFFF30071);
