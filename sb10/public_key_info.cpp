@@ -80,7 +80,7 @@ Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key) {
     status = Verify_PSS_RSASignature2(key.data(), length_of(key), covered.data(),
                                       length_of(covered), signature.data(), file.signature_length);
   }
-  if (status != ZEB_SUCCESS) wipe(file.signature, sizeof file.signature);
+  if (status == VERIFY_ERR_RSA) wipe(file.signature, sizeof file.signature);
   return status;
 }
 

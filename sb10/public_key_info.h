@@ -40,7 +40,8 @@ void join_sb10_key(WritableBytes key, const Sb10PublicKeyFile& file);
 
 /// Checks the proof of possession in a stage-2 public-key file under `key`, at least 520 bytes as
 /// join_sb10_key filled them. The file itself says how many bytes the signature covers, from the
-/// length of n on, and how long the signature is. One that does not verify is wiped.
+/// length of n on, and how long the signature is. One that does not verify is wiped; one of a
+/// length that no key makes is left as it is.
 /// @return 0; VERIFY_ERR_SIGNATURE_LENGTH; VERIFY_ERR_RSA.
 [[nodiscard]] Status verify_sb10_proof(Sb10PublicKeyFile& file, ByteView key);
 

@@ -44,10 +44,11 @@ Status generate_stage1(std::uint8_t* code, std::uint32_t code_length, std::uint3
     std::fputs(popp_failure_line, stdout);
     return status;
   }
+  // Also where the private key cannot be decrypted, no older context is left.
+  SB20_CONTEXT& context = store_sb20_context({});
   ByteView root_items;
   status = load_sb20_private_key(root_items, sb20_root_private_key_file);
   if (status != ZEB_SUCCESS) return status;
-  SB20_CONTEXT& context = store_sb20_context({});
   status = load_info_and_encrypt(context, {code, code_length});
   if (status != ZEB_SUCCESS) return status;
   if (info_length != 0) mk_BL_Info(code + code_length);
