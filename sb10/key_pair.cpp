@@ -35,6 +35,7 @@ Status generate_root_key() {
   if (status == ZEB_SUCCESS) status = make_sb10_root_key_files(files, key);
   if (status == ZEB_SUCCESS) status = encrypt(writable_view_of(files.private_key));
   if (status != ZEB_SUCCESS) return status;
+  store_sb10_root_key(files);
   const OutputFile set[] = {
       {sb10_root_public_key_file, view_of(files.public_key), FileAccess::by_umask},
       {sb10_efuse_file, files.efuse_data, FileAccess::by_umask},
@@ -55,8 +56,11 @@ Status generate_stage2_pair(const char* base_name) {
   Status status = make_key(key);
   if (status == ZEB_SUCCESS) status = make_sb10_stage2_key_files(files, key);
   if (status != ZEB_SUCCESS) return status;
+  Sb10PrivateKeyItems items = files.private_key.items;
+  const WipeOnExit items_guard(items);
   status = encrypt(writable_view_of(files.private_key));
   if (status != ZEB_SUCCESS) return status;
+  store_sb10_stage2_pair(files, items);
   const OutputFile set[] = {
       {public_name.data(), view_of(files.public_key), FileAccess::by_umask},
       {private_name.data(), view_of(files.private_key), FileAccess::owner_only},

@@ -52,6 +52,18 @@ RsaPublicKey1024 public_part_of(ByteView list_buffer) {
   return key;
 }
 
+void store_info_and_efuse(const Sb10PublicKeyInfo& info, ByteView efuse_data) {
+  sb10_Context.publicKeyInfo = info;
+  sb10_eFuseDataLen = sb10_efuse_length;
+  std::copy(efuse_data.begin(), efuse_data.end(), sb10_eFuseData);
+}
+
+void store_private_key(ByteView bytes) {
+  std::fill_n(privateKey, sizeof privateKey, std::uint8_t{0});
+  std::copy(bytes.begin(), bytes.end(), privateKey);
+  privateKeyLen = length_of(bytes);
+}
+
 }  // namespace
 
 EfuseData load_sb10_efuse_data(const char* path, EfuseLength rule) {
@@ -103,6 +115,21 @@ ByteView load_sb10_root_private_key() {
   std::ignore = load_private_key_file(items, sb10_root_private_key_file, key_file_mode_sb10,
                                       sizeof Sb10RootPrivateKeyFile::tail);
   return items;
+}
+
+void store_sb10_root_key(const Sb10RootKeyFiles& files) {
+  store_info_and_efuse(files.public_key.publicKeyInfo, files.efuse_data);
+  const ByteView public_file = view_of(files.public_key);
+  std::copy(public_file.begin(), public_file.end(), publicKey);
+  publicKeyLen = length_of(public_file);
+  store_private_key(view_of(files.private_key));
+}
+
+void store_sb10_stage2_pair(const Sb10Stage2KeyFiles& files, const Sb10PrivateKeyItems& items) {
+  store_info_and_efuse(files.info, files.efuse_data);
+  sb10_pubkey_file = files.public_key;
+  sb10_privkey_file = files.private_key;
+  store_private_key(view_of(items));
 }
 
 void wipe_sb10_key_store() {

@@ -38,6 +38,7 @@ Status generate_key_pair(bool is_root, const char* base_name) {
   const WipeOnExit files_guard(files);
   const Status status = make_stored_files(files);
   if (status != ZEB_SUCCESS) return status;
+  store_sb20_key_pair(files);
   const std::array<OutputFile, 3> set = {{
       {sb20_efuse_file, files.efuse_data, FileAccess::owner_only},
       {public_name.data(), view_of(files.public_key), FileAccess::by_umask},

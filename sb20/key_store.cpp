@@ -35,6 +35,17 @@ Status load_sb20_private_key(ByteView& items, const char* path) {
   return load_private_key_file(items, path, key_file_mode_sb20, sizeof Sb20PrivateKeyFile::tail);
 }
 
+void store_sb20_key_pair(const Sb20KeyFiles& files) {
+  sb20_Context.publicKeyInfo = files.public_key.publicKeyInfo;
+  sb20_eFuseDataLen = sb20_efuse_length;
+  std::copy_n(files.efuse_data, sb20_efuse_length, sb20_eFuseData);
+  std::fill_n(publicKey, sizeof publicKey, std::uint8_t{0});
+  std::copy_n(view_of(files.public_key).begin(), sizeof files.public_key, publicKey);
+  std::fill_n(privateKey, sizeof privateKey, std::uint8_t{0});
+  std::copy_n(view_of(files.private_key).begin(), sizeof files.private_key, privateKey);
+  privateKeyLen = length_of(items_of(files.private_key));
+}
+
 void wipe_sb20_key_store() {
   wipe(&sb20_Context, sizeof sb20_Context);
   wipe(sb20_eFuseData, sizeof sb20_eFuseData);

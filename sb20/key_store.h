@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "sb20/key_files.h"
 #include "sb20/records.h"
 #include "scheme/key_store.h"
 
@@ -31,6 +32,11 @@ void load_sb20_root_info(SB20_CONTEXT& context, std::uint32_t length = sizeof(Sb
 
 /// Reads an encrypted private-key file into `privateKey` as load_private_key_file does.
 [[nodiscard]] Status load_sb20_private_key(ByteView& items, const char* path);
+
+/// Leaves a new key pair in the buffers: the info in `sb20_Context`, the eFuse data, the public-key
+/// file in `publicKey` and the private-key file, encrypted, in `privateKey`, whose length is that
+/// of the item list.
+void store_sb20_key_pair(const Sb20KeyFiles& files);
 
 /// Clears the buffers of this unit.
 void wipe_sb20_key_store();
