@@ -1,6 +1,6 @@
 #include <sys/stat.h>
 
-#include "tests/e2e/bench.h"
+#include "tests/e2e/end_to_end.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ std::vector<std::string> expand(const std::string& row) {
   return rows;
 }
 
-class Input : public Bench {
+class Input : public EndToEnd {
  protected:
   const std::vector<std::string> for_stage1 = {"BL1.bin", s.stage2_public, s.root_private,
                                                s.root_info, s.efuse};
@@ -108,20 +108,6 @@ TEST_P(Input, FilesThatAreTooLong) {
     std::filesystem::resize_file(name, length);
     expect_run(seal2, 255, line("open_error"));
     EXPECT_FALSE(std::filesystem::exists("out"));
-    restore();
-  }
-}
-
-TEST_P(Input, AKeySetIsWrittenWholeOrNotAtAll) {
-  const std::string set[] = {s.root_info, s.root_private, s.efuse};
-  for (int i = 0; i < 6; ++i) {
-    for (const std::string& name : set) {
-      if (i < 3) std::filesystem::remove(name);  // an older set stays, and no new one is begun
-    }
-    std::filesystem::remove(set[i % 3]);
-    std::filesystem::create_directory(set[i % 3]);
-    expect_failure("-KEYGEN", 0, line("making_" + s.name) + line("open_error"));
-    std::filesystem::remove(set[i % 3]);
     restore();
   }
 }

@@ -6,7 +6,7 @@ namespace {
 using sealwright::describe_boot;
 using testing::HasSubstr;
 
-class Boot : public Bench {};
+class Boot : public EndToEnd {};
 RUN_FOR_BOTH_SCHEMES(Boot);
 
 /// What is said of a chain of eFuse data, BL1 and BL2.

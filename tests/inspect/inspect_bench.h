@@ -5,7 +5,7 @@
 #include "artefact/boot_check.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
-#include "tests/e2e/bench.h"
+#include "tests/e2e/end_to_end.h"
 
 // What the tests of the companion share.
 

@@ -19,7 +19,7 @@ std::string hex(const Bytes& bytes) {
   return text.str();
 }
 
-class Inspect : public Bench {
+class Inspect : public EndToEnd {
  protected:
   /// Adds what OpenSSL makes of the public key whose modulus lies at `n` of a file.
   void add_key(std::map<std::string, std::string>& texts, const std::string& key,

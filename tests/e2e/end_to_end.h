@@ -33,21 +33,46 @@ struct Scheme {
   std::size_t key_length() const { return is_v11() ? 132 : 268; }
 };
 
-// clang-format off
 inline const Scheme v21 = {
-    "V21", "-v2.1", 256,
-    "publicKeyInfo_V21.dat", "privateKey_V21.dat", "eFuseData_V21.dat", "publicKeyInfo_V21_stage2.dat",
-    "_V21.spk", "_V21.prv", 20,
-    {4, 264, 0, 288, 292}, {4, 264, 0, 288, 292},
-    1024, 272, 528, 816, 16, 2};
+    .name = "V21",
+    .option = "-v2.1",
+    .length = 256,
+    .root_info = "publicKeyInfo_V21.dat",
+    .root_private = "privateKey_V21.dat",
+    .efuse = "eFuseData_V21.dat",
+    .stage2_public = "publicKeyInfo_V21_stage2.dat",
+    .public_suffix = "_V21.spk",
+    .private_suffix = "_V21.prv",
+    .efuse_length = 20,
+    .root = {.n = 4, .e = 264, .proven = 0, .proven_end = 288, .proof = 292},
+    .stage2 = {.n = 4, .e = 264, .proven = 0, .proven_end = 288, .proof = 292},
+    .context_length = 1024,
+    .context_signature = 272,
+    .context_info = 528,
+    .uncovered = 816,
+    .block = 16,
+    .key_file_mode = 2,
+};
 inline const Scheme v11 = {
-    "V11", "-v1.1", 128,
-    "publicKeyInfo.dat", "privateKey.dat", "eFuseData.dat", "stage2_key.spk",
-    ".spk", ".prv", 16,
-    {0, 128, 0, 152, 152}, {40, 172, 36, 176, 180},
-    512, 132, 260, 412, 1, 1};
-
-// clang-format on
+    .name = "V11",
+    .option = "-v1.1",
+    .length = 128,
+    .root_info = "publicKeyInfo.dat",
+    .root_private = "privateKey.dat",
+    .efuse = "eFuseData.dat",
+    .stage2_public = "stage2_key.spk",
+    .public_suffix = ".spk",
+    .private_suffix = ".prv",
+    .efuse_length = 16,
+    .root = {.n = 0, .e = 128, .proven = 0, .proven_end = 152, .proof = 152},
+    .stage2 = {.n = 40, .e = 172, .proven = 36, .proven_end = 176, .proof = 180},
+    .context_length = 512,
+    .context_signature = 132,
+    .context_info = 260,
+    .uncovered = 412,
+    .block = 1,
+    .key_file_mode = 1,
+};
 
 /// A program of this build, or of another machine's where a variable says so.
 inline std::string tool(const char* variable, const char* built) {
@@ -93,7 +118,7 @@ inline Outcome run(const std::string& command) {
 }
 
 /// A fresh directory with the keys and images of one scheme, and runs of both tools in it.
-class Bench : public testing::TestWithParam<Scheme> {
+class EndToEnd : public testing::TestWithParam<Scheme> {
  protected:
   const Scheme& s = GetParam();
   const WorkingDirectory here;
@@ -142,6 +167,11 @@ class Bench : public testing::TestWithParam<Scheme> {
     EXPECT_TRUE(read_all_files() == before) << command;
   }
 
+  /// The key that eFuse data and a root public-key info hide from each other.
+  Bytes hmac_key(Bytes efuse, const Bytes& info) const {
+    for (std::size_t i = 0; i < efuse.size(); ++i) efuse[i] ^= info.at(s.key_length() + i);
+    return efuse;
+  }
   Bytes open_key(const std::string& name) const {
     Bytes bytes = read_bytes(name);
     EXPECT_EQ(do_PrivateKey_Decrypt(s.key_file_mode, bytes.data(), length_of(bytes)), 0U);
