@@ -69,10 +69,11 @@ change_byte() {
     print F $b ^ "\x40"' "$file" "$offset"
 }
 
-# Runs a block in a folder. Without a terminal, OpenSSL takes a passphrase from standard input.
+# Runs a block in a folder. Without a terminal, OpenSSL takes passphrases from standard input, where
+# it may read ahead for a page: lines of 16 bytes, so that each of several runs begins with a whole one.
 run_block() {
   cat "$before_all" "$2" >block.sh
-  (cd "$1" && printf 'a passphrase\na passphrase\n' | setsid bash -e ../block.sh >../output 2>&1)
+  (cd "$1" && setsid bash -e ../block.sh >../output 2>&1 < <(yes 'a passphrase 15'))
 }
 
 for document in "$root"/README.md "$root"/docs/*.md; do
