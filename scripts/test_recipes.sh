@@ -14,7 +14,7 @@
 # after a command must be in what it prints, whatever times and fingerprints they have.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-if (($# == 0)); then set -- "$root"/build/release/{front,inspect}; fi
+if (($# == 0)); then set -- "$root"/build/release/{front,inspect,seal}; fi
 for folder in "$@"; do PATH=$folder:$PATH; done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
