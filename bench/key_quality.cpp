@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "crypto/bn_mod.h"
-#include "crypto/prime.h"
+#include "crypto/rsa_keygen.h"
 
 namespace {
 

@@ -16,8 +16,8 @@
 #include "crypto/aes_cbc.h"
 #include "crypto/bn_mod.h"
 #include "crypto/cpu.h"
-#include "crypto/prime.h"
 #include "crypto/rsa.h"
+#include "crypto/rsa_keygen.h"
 #include "crypto/sha1.h"
 
 namespace {

@@ -1,12 +1,9 @@
 #include "crypto/prime.h"
 
-#include <algorithm>
 #include <iterator>
-#include <utility>
 
 #include "base/wipe.h"
 #include "crypto/bn_mod.h"
-#include "crypto/prime_trial.h"
 #include "crypto/prng.h"
 
 namespace {
@@ -33,9 +30,7 @@ constexpr RoundBound IterNo[] = {
 };
 // clang-format on
 
-constexpr Digit gen_prime_top_mask = 0x10000000;       // bit 28
-constexpr std::uint32_t min_modulus_bits = 128;        // below it a prime has no digit left to vary
-constexpr std::uint32_t prime_share = 2 * digit_bits;  // modulus bits per digit of one prime
+constexpr Digit gen_prime_top_mask = 0x10000000;  // bit 28
 
 bool shares_factor_with_small_primes(const Digit* number, std::uint32_t digit_count) {
   for (const Digit* entry = SmallPrimes; *entry != 0; ++entry) {
@@ -73,12 +68,16 @@ void decompose(Witness& witness, const Digit* n, std::uint32_t k) {
   }
 }
 
+void draw_base(Digit* base, std::uint32_t k) {
+  zeb_bn_rand(base, k);
+  base[k - 1] &= ~digit_top_bit;
+}
+
 /// One Miller-Rabin base drawn at random. True when n may be prime.
 bool base_passes(Witness& witness, const Digit* n, std::uint32_t k) {
   constexpr Digit one = 1;
   Digit* y = witness.y;
-  zeb_bn_rand(witness.base, k);
-  witness.base[k - 1] &= ~digit_top_bit;
+  draw_base(witness.base, k);
   zeb_bn_Binary(y, witness.base, n, k, witness.odd, k);
   if (zeb_bn_cmp(y, k, &one, 1) == 0 || zeb_bn_cmp(y, k, witness.minus_one, k) == 0) return true;
   // One squaring more than the textbook's never rejects a prime.
@@ -88,69 +87,6 @@ bool base_passes(Witness& witness, const Digit* n, std::uint32_t k) {
     if (zeb_bn_cmp(y, k, witness.minus_one, k) == 0) return true;
   }
   return false;
-}
-
-Digit draw_top_digit(Digit* prime, std::uint32_t half) {
-  zeb_bn_rand(prime + half - 1, 1);
-  return prime[half - 1] |= digit_top_bit;
-}
-
-/// Top digits for p and q whose product has its top bit set, so that p * q is full-length.
-void draw_top_digits(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t half) {
-  Digit p_top = draw_top_digit(key.p, half);
-  Digit q_top = draw_top_digit(key.q, half);
-  for (;;) {
-    DoubleDigit product = 0;
-    D_Mul_D(&product, p_top, q_top);
-    if ((product >> 63) != 0) break;
-    if (p_top < q_top) {
-      p_top = draw_top_digit(key.p, half);
-    } else {
-      q_top = draw_top_digit(key.q, half);
-    }
-  }
-  if (p_top < q_top) std::swap(key.p[half - 1], key.q[half - 1]);
-}
-
-/// Whether a candidate leaves 1 modulo a one-digit exponent, which would have no inverse then.
-bool excluded_by_exponent(const Digit* candidate, std::uint32_t half,
-                          const ZEB_RSA_PRIVATE_KEY& key) {
-  if (key.eWords != 1) return false;
-  Digit remainder = 0;
-  zeb_bn_Div(nullptr, &remainder, candidate, half, key.e, 1);
-  return remainder == 1;
-}
-
-/// Draws the digits below the top one until the number is prime and suits the exponent. Trial
-/// division only spares the test of numbers that it would refuse.
-void find_prime(Digit* prime, std::uint32_t half, const ZEB_RSA_PRIVATE_KEY& key) {
-  do {
-    zeb_bn_rand(prime, half - 1);
-    prime[0] |= 1;
-  } while (has_small_factor(prime, half) || excluded_by_exponent(prime, half, key) ||
-           ZEB_MillerRabin(prime, half) != ZEB_SUCCESS);
-}
-
-void settle_exponent(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits) {
-  if (key.eWords != 0) {
-    for (std::uint32_t i = key.eWords; i < digits; ++i) key.e[i] = 0;
-    return;
-  }
-  zeb_bn_rand(key.e, digits);
-  key.e[digits - 1] &= ~digit_top_bit;
-  key.eWords = digits;
-}
-
-/// result = d mod (prime - 1).
-void reduce_private_exponent(Digit* result, const ZEB_RSA_PRIVATE_KEY& key, Digit* prime,
-                             std::uint32_t digits, std::uint32_t half) {
-  Digit exponent[rsa_number_capacity];
-  const WipeOnExit wiped(exponent);
-  zeb_bn_copy(exponent, key.d, digits);
-  prime[0] &= ~Digit{1};
-  bn_reduce_exactly(exponent, digits, prime, half);
-  prime[0] |= 1;
-  zeb_bn_copy(result, exponent, half);
 }
 
 }  // namespace
@@ -189,40 +125,13 @@ Status ZEB_Gen_Prime(Digit* number, std::uint32_t digit_count) {
   return ZEB_ERR_FAIL;
 }
 
-Status ZEB_RSA_KeyGen(ZEB_RSA_PRIVATE_KEY* key, std::uint32_t modulus_bits) {
-  if (modulus_bits % digit_bits != 0 || modulus_bits < min_modulus_bits ||
-      modulus_bits > digit_bits * rsa_max_modulus_digits) {
-    return ZEB_ERR_PARAMETER;
-  }
-  const std::uint32_t digits = modulus_bits / digit_bits;
-  const std::uint32_t half = modulus_bits / prime_share;
-  do {
-    draw_top_digits(*key, half);
-    find_prime(key->p, half, *key);
-    find_prime(key->q, half, *key);
-    // Equal top digits leave the order of p and q open; p is the larger one by contract.
-    if (zeb_bn_cmp(key->p, half, key->q, half) < 0) std::swap_ranges(key->p, key->p + half, key->q);
-    key->pWords = half;
-    key->qWords = half;
-    settle_exponent(*key, digits);
+namespace sealwright {
 
-    key->p[0] &= ~Digit{1};
-    key->q[0] &= ~Digit{1};
-    zeb_bn_Mul(key->n, key->p, half, key->q, half);  // phi, for now
-    key->p[0] |= 1;
-    key->q[0] |= 1;
-    // No status to look at: with a preset prime exponent the inverse always exists.
-    zeb_bn_Euclid(key->d, key->e, key->n, digits);
-
-    reduce_private_exponent(key->dP, *key, key->p, digits, half);
-    reduce_private_exponent(key->dQ, *key, key->q, digits, half);
-    key->dPWords = half;
-    key->dQWords = half;
-    key->qInvWords = half;
-  } while (zeb_bn_Euclid(key->qInv, key->q, key->p, half) != ZEB_SUCCESS);
-  zeb_bn_Mul(key->n, key->p, half, key->q, half);
-  key->nWords = digits;
-  key->dWords = digits;
-  wipe_dead_stack();
-  return ZEB_SUCCESS;
+void draw_as_for_composite(const Digit* number, std::uint32_t digit_count) {
+  if (shares_factor_with_small_primes(number, digit_count)) return;
+  Digit dropped[bn_max_modulus_digits];
+  const WipeOnExit wiped(dropped);
+  draw_base(dropped, digit_count);
 }
+
+}  // namespace sealwright

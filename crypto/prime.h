@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include "crypto/bn.h"
-#include "crypto/rsa_key.h"
 #include "crypto/status.h"
 
 /// Fills `digit_count` digits with random bits.
@@ -20,10 +19,11 @@ Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count);
 /// @return 0 with the prime in `number`, ZEB_ERR_FAIL when it gives up.
 Status ZEB_Gen_Prime(Digit* number, std::uint32_t digit_count);
 
-/// Makes an RSA key with a modulus of `modulus_bits` bits, p > q (RFC 8017, 3.2). An odd multiple
-/// of 32 gives a modulus 32 bits shorter, with a top digit of 0. The caller has zeroed `key` and
-/// set e and eWords; with eWords 0 a random exponent is drawn and not checked for invertibility.
-/// Loops until it finds primes.
-/// @return 0; ZEB_ERR_PARAMETER, with `key` untouched, when the bit count is not a multiple of 32
-///         or outside 128 to 2048.
-Status ZEB_RSA_KeyGen(ZEB_RSA_PRIVATE_KEY* key, std::uint32_t modulus_bits);
+namespace sealwright {
+
+/// Draws from the generator what ZEB_MillerRabin draws for an odd composite of at most 66 digits:
+/// one base, unless the screen refuses the number. For a caller that knows the number to be
+/// composite and is to leave the generator in the same state.
+void draw_as_for_composite(const Digit* number, std::uint32_t digit_count);
+
+}  // namespace sealwright

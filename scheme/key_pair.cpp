@@ -1,8 +1,8 @@
 #include "scheme/key_pair.h"
 
 #include "crypto/key_items.h"
-#include "crypto/prime.h"
 #include "crypto/rsa_key_check.h"
+#include "crypto/rsa_keygen.h"
 
 namespace sealwright {
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "crypto/rsa_keygen.h"
 #include "tests/support/keys.h"
 
 namespace {
@@ -86,6 +87,53 @@ TEST(KeyGeneration, KeysAreSoundAtEveryWidth) {
     EXPECT_TRUE(is_sound(key)) << bits;
     EXPECT_EQ(bytes_of(made), bytes_of(record_of(key, bits / 8))) << bits;
   }
+}
+
+/// The primes of a key as the stream gives them when each candidate that suits the exponent goes to
+/// the primality test.
+std::pair<Number, Number> literal_primes(std::uint32_t half, Digit e) {
+  Number p(half), q(half);
+  const auto draw_top = [&](Number& prime) {
+    zeb_bn_rand(&prime.back(), 1);
+    prime.back() |= digit_top_bit;
+  };
+  draw_top(p);
+  draw_top(q);
+  while (DoubleDigit{p.back()} * q.back() >> 63 == 0) draw_top(p.back() < q.back() ? p : q);
+  if (p.back() < q.back()) std::swap(p, q);
+  for (Number* prime : {&p, &q}) {
+    do {
+      zeb_bn_rand(prime->data(), half - 1);
+      prime->front() |= 1;
+    } while (bn_ModD(prime->data(), half, e) == 1 || !is_taken_as_prime(*prime));
+  }
+  return {p, q};
+}
+
+// Trial division, whose primes depend on the compiler, decides nothing and draws nothing less.
+TEST(KeyGeneration, OneStateOfTheGeneratorGivesOneKey) {
+  const WorkingDirectory without_a_noise_file;
+  random_device_blocked = kernel_random_blocked = true;
+  const auto start = [](std::uint32_t seed) {
+    set_generator(static_cast<std::uint8_t>(seed));
+    xx = seed;
+  };
+  const std::tuple<std::uint32_t, std::uint32_t> sizes[] = {
+      {128, 40}, {192, 20}, {256, 20}, {512, 8}, {768, 3}, {1024, 3}, {2048, 1}};
+  for (const auto& [bits, keys] : sizes) {
+    for (std::uint32_t seed = 0; seed < keys; ++seed) {
+      const Digit e = seed % 2 == 0 ? 65537 : 3;
+      start(seed);
+      const auto [p, q] = literal_primes(bits / 64, e);
+      const Number state = {suCount, uIndexRandPool, xx};
+      start(seed);
+      const ZEB_RSA_PRIVATE_KEY key = generate(bits, e);
+      EXPECT_EQ(Big(key.p, bits / 16), Big(p)) << bits << " bits, " << seed;
+      EXPECT_EQ(Big(key.q, bits / 16), Big(q)) << bits << " bits, " << seed;
+      EXPECT_EQ(Number({suCount, uIndexRandPool, xx}), state);
+    }
+  }
+  random_device_blocked = kernel_random_blocked = false;
 }
 
 TEST(KeyGeneration, DrawsAnExponentOfFullWidthWhereNoneIsGiven) {
