@@ -10,10 +10,8 @@ std::string to_hex(ByteView bytes) {
 }
 
 std::string sha1_hex(ByteView bytes) {
-  constexpr Sha1StepCodes codes = {ZEB_ERR_FAIL, ZEB_ERR_FAIL, ZEB_ERR_FAIL};
   Digest digest = {};
-  // The status can be dropped: no pointer is null.
-  sha1_message(bytes.data(), length_of(bytes), digest.data(), codes);
+  sealwright::sha1(digest.data(), {bytes});
   return to_hex(digest);
 }
 

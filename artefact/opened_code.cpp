@@ -33,7 +33,7 @@ OpenedCode decrypt(const SB20_CONTEXT& context, ByteView code, ByteView efuse, B
   if (set_up != ZEB_SUCCESS) return {CodeState::wrong_fuses};
   ZEB_SHA1 hash = {};
   const WipeOnExit hash_guard(hash);
-  ZEB_SHA1_Init(&hash);
+  sealwright::sha1_init(hash);
   std::uint8_t opened[piece_length];
   const WipeOnExit opened_guard(opened);
   bool is_expected = code.size() == expected.size();
@@ -43,10 +43,10 @@ OpenedCode decrypt(const SB20_CONTEXT& context, ByteView code, ByteView efuse, B
     std::ranges::copy(stored, opened);
     if (!open_piece(cipher, piece) || !pass_on_iv(cipher, stored)) return {CodeState::wrong_fuses};
     is_expected = is_expected && std::ranges::equal(piece, expected.subspan(at, piece.size()));
-    ZEB_SHA1_Update(&hash, opened, length_of(piece));
+    sealwright::sha1_update(hash, piece);
   }
   Digest digest;
-  ZEB_SHA1_Final(&hash, digest.data());
+  sealwright::sha1_final(hash, digest.data());
   return {CodeState::opened, to_hex(digest), is_expected};
 }
 

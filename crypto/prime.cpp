@@ -92,7 +92,8 @@ bool base_passes(Witness& witness, const Digit* n, std::uint32_t k) {
 }  // namespace
 
 void zeb_bn_rand(Digit* number, std::uint32_t digit_count) {
-  ZEB_SHA1_PRNG_Rand(digit_bytes * digit_count, reinterpret_cast<std::uint8_t*>(number));
+  sealwright::draw_random(
+      {reinterpret_cast<std::uint8_t*>(number), std::size_t{digit_bytes} * digit_count});
 }
 
 Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count) {

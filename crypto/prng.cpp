@@ -118,62 +118,54 @@ void stir_library_random() {
   stir_bytes(buffer, noise_buffer_length);
 }
 
-/// SHA-1 over the whole secret state, followed by the whole pool where `with_pool` is set.
-void hash_state(std::uint8_t* digest, bool with_pool) {
-  ZEB_SHA1 hash;
-  const WipeOnExit wiped_hash(hash);
-  // No pointer is null, so no step can fail.
-  ZEB_SHA1_Init(&hash);
-  ZEB_SHA1_Update(&hash, sabSecretState, prng_block_length);
-  if (with_pool) ZEB_SHA1_Update(&hash, sabRandPool, prng_block_length);
-  // Through a local digest: the destination may be part of what is hashed.
-  std::uint8_t result[sha1_digest_length];
-  const WipeOnExit wiped_result(result);
-  ZEB_SHA1_Final(&hash, result);
-  std::copy_n(result, sha1_digest_length, digest);
+void set_half(std::uint8_t* block, std::uint32_t half, std::initializer_list<ByteView> hashed) {
+  sealwright::sha1(block + std::size_t{sha1_digest_length} * half, hashed);
 }
 
 void seed_secret_state() {
   zeb_GetNoise(sabSecretState, prng_block_length);
-  hash_state(sabSecretState, false);
-  hash_state(sabSecretState + sha1_digest_length, false);
+  for (const std::uint32_t half : {0U, 1U}) set_half(sabSecretState, half, {sabSecretState});
   suCount = 0;
 }
 
 void make_block() {
-  hash_state(sabRandPool, true);
-  hash_state(sabRandPool + sha1_digest_length, true);
+  for (const std::uint32_t half : {0U, 1U}) {
+    set_half(sabRandPool, half, {sabSecretState, sabRandPool});
+  }
   // The halves of the secret are refreshed in turn.
-  hash_state(suCount % 2 == 0 ? sabSecretState : sabSecretState + sha1_digest_length, true);
+  set_half(sabSecretState, suCount % 2, {sabSecretState, sabRandPool});
   ++suCount;
 }
 
 }  // namespace
 
-Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination) {
-  if (destination == nullptr) return ZEB_ERR_NULL_POINTER;
-  // Quirk: one test per call, so that a long request runs past 32 blocks; prng_test depends on it.
+void sealwright::draw_random(WritableBytes destination) {
+  // Quirk: one test per call, so that a long request runs past 32 blocks; callers of the library
+  // that compare streams of one state depend on it.
   if (suCount >= prng_blocks_per_seed) seed_secret_state();
 
+  const auto hand_out = [&] {
+    const auto count =
+        std::min<std::size_t>(destination.size(), prng_block_length - uIndexRandPool);
+    std::copy_n(sabRandPool + uIndexRandPool, count, destination.begin());
+    uIndexRandPool += static_cast<std::uint32_t>(count);
+    destination = destination.subspan(count);
+  };
   if (uIndexRandPool < prng_block_length) {
-    const std::uint32_t count = std::min(length, prng_block_length - uIndexRandPool);
-    std::copy_n(sabRandPool + uIndexRandPool, count, destination);
-    uIndexRandPool += count;
-    destination += count;
-    length -= count;
-    if (length == 0) return ZEB_SUCCESS;
+    hand_out();
+    if (destination.empty()) return;
   }
-  for (;;) {
+  do {
     make_block();
-    const std::uint32_t count = std::min(length, prng_block_length);
-    std::copy_n(sabRandPool, count, destination);
-    destination += count;
-    length -= count;
-    if (length == 0) {
-      uIndexRandPool = count;
-      return ZEB_SUCCESS;
-    }
-  }
+    uIndexRandPool = 0;
+    hand_out();
+  } while (!destination.empty());
+}
+
+Status ZEB_SHA1_PRNG_Rand(std::uint32_t length, std::uint8_t* destination) {
+  if (destination == nullptr) return ZEB_ERR_NULL_POINTER;
+  sealwright::draw_random({destination, length});
+  return ZEB_SUCCESS;
 }
 
 Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "crypto/status.h"
 
 // The process-wide SHA-1 random generator. It seeds itself from the noise sources below at the
@@ -32,3 +33,10 @@ void forget_random_state();
 /// zeros, a smaller one as nothing. A `length` that is no multiple of 4 leaves the last bytes
 /// alone.
 void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length);
+
+namespace sealwright {
+
+/// ZEB_SHA1_PRNG_Rand for a caller whose pointer is not null: it cannot fail.
+void draw_random(WritableBytes destination);
+
+}  // namespace sealwright

@@ -22,15 +22,9 @@ constexpr std::uint8_t top_bit = 0x80;
 
 /// H = SHA-1(prefix || digest || salt), the prefix being the first eight bytes of the block.
 void hash_encoding(std::uint8_t* h, ByteView block, ByteView digest, ByteView salt) {
-  ZEB_SHA1 hash;
-  const WipeOnExit wiped(hash);
-  ZEB_SHA1_Init(&hash);
   // Quirk: not eight zeros but the block as it stands, which differs when its padding is shorter;
-  // rsa_test depends on it.
-  ZEB_SHA1_Update(&hash, block.data(), prefix_length);
-  ZEB_SHA1_Update(&hash, digest.data(), length_of(digest));
-  ZEB_SHA1_Update(&hash, salt.data(), length_of(salt));
-  ZEB_SHA1_Final(&hash, h);
+  // callers of the library that sign with other salts than 20 bytes depend on it.
+  sealwright::sha1(h, {block.first(prefix_length), digest, salt});
 }
 
 /// The padding, the separator and the salt, which the mask then covers.
@@ -111,11 +105,7 @@ void zeb_PKCS1_MGF1_Sha1(std::uint8_t* target, std::uint32_t target_length,
     std::uint8_t counter_octets[4];
     std::uint8_t mask[hash_length];
     store_be32(counter_octets, counter);
-    ZEB_SHA1 hash;
-    ZEB_SHA1_Init(&hash);
-    ZEB_SHA1_Update(&hash, seed, seed_length);
-    ZEB_SHA1_Update(&hash, counter_octets, sizeof counter_octets);
-    ZEB_SHA1_Final(&hash, mask);
+    sealwright::sha1(mask, {{seed, seed_length}, counter_octets});
     tmkx_memxor(target + done, target + done, mask, std::min(hash_length, target_length - done));
   }
 }
@@ -135,7 +125,7 @@ bool emsa_pss_encode_afresh(WritableBytes block, ByteView digest, std::uint32_t 
   if (!has_room(block, salt_length)) return false;
   std::ranges::fill(block, std::uint8_t{0});
   const WritableBytes place = data_block(block).last(salt_length);
-  ZEB_SHA1_PRNG_Rand(salt_length, place.data());
+  draw_random(place);
   finish_encoding(block, digest, place);
   return true;
 }

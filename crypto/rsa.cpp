@@ -20,8 +20,13 @@ constexpr std::size_t modulus_at_2048 = offsetof(RsaPublicKey2048, n);
 constexpr std::size_t exponent_length_at_2048 = offsetof(RsaPublicKey2048, eLen);
 constexpr std::size_t exponent_at_2048 = offsetof(RsaPublicKey2048, e);
 
-constexpr Sha1StepCodes verifying_codes = {VERIFY_ERR_SHA1_INIT, VERIFY_ERR_SHA1_UPDATE,
-                                           VERIFY_ERR_SHA1_FINAL};
+constexpr sealwright::Sha1StepCodes verifying_codes = {VERIFY_ERR_SHA1_INIT, VERIFY_ERR_SHA1_UPDATE,
+                                                       VERIFY_ERR_SHA1_FINAL};
+
+/// A null digest counts as none.
+ByteView view_of_given(const std::uint8_t* bytes, std::uint32_t length) {
+  return {bytes, bytes == nullptr ? 0 : length};
+}
 
 /// A fresh encoding as a number of `words` digits. False when it has no room.
 bool encode(Digit* encoded, std::uint32_t words, ByteView digest, std::uint32_t salt_length) {
@@ -102,7 +107,7 @@ Status ZEB_RSA_PSS_Sign(std::uint32_t* sigWords, Digit* signature, std::uint32_t
                         const std::uint8_t* mHash, std::uint32_t sLen) {
   Digit encoded[rsa_max_modulus_digits];
   const WipeOnExit wiped(encoded);
-  if (!encode(encoded, nWords, {mHash, mHashLen}, sLen)) return ZEB_ERR_FAIL;
+  if (!encode(encoded, nWords, view_of_given(mHash, mHashLen), sLen)) return ZEB_ERR_FAIL;
   zeb_bn_Binary(signature, encoded, n, nWords, d, nWords);
   *sigWords = nWords;
   return ZEB_SUCCESS;
@@ -113,7 +118,7 @@ Status ZEB_RSA_PSS_SignCRT(std::uint32_t* sigWords, Digit* signature,
                            const std::uint8_t* mHash, std::uint32_t sLen) {
   Digit encoded[rsa_max_modulus_digits];
   const WipeOnExit wiped(encoded);
-  if (!encode(encoded, key->nWords, {mHash, mHashLen}, sLen)) return ZEB_ERR_FAIL;
+  if (!encode(encoded, key->nWords, view_of_given(mHash, mHashLen), sLen)) return ZEB_ERR_FAIL;
   zeb_RSA_CrtDec(signature, encoded, key);
   *sigWords = key->nWords;
   return ZEB_SUCCESS;
@@ -142,7 +147,7 @@ Status ZEB_RSA_PSS_Verify(std::uint32_t nWords, const Digit* n, const Digit* sig
   const StoredPublicKey key = {reinterpret_cast<const std::uint8_t*>(n), nWords,
                                reinterpret_cast<const std::uint8_t*>(e), eWords};
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(signature);
-  return is_signed(bytes, key, {mHash, mHashLen}) ? ZEB_SUCCESS : ZEB_ERR_FAIL;
+  return is_signed(bytes, key, view_of_given(mHash, mHashLen)) ? ZEB_SUCCESS : ZEB_ERR_FAIL;
 }
 
 Status Generate_PSS_RSASignature(std::int32_t mode, const std::uint8_t* keyItems,
@@ -174,7 +179,7 @@ Status Generate_PSS_RSASignature2(std::int32_t mode, const std::uint8_t* keyItem
                                   std::uint32_t* signatureLen) {
   std::uint8_t digest[hash_length];
   const WipeOnExit wiped(digest);
-  const Status status = sha1_message(message, messageLen, digest, signing_sha1_codes);
+  const Status status = sealwright::sha1_message(message, messageLen, digest, signing_sha1_codes);
   if (status != ZEB_SUCCESS) return status;
   return Generate_PSS_RSASignature(mode, keyItems, keyItemsLen, digest, hash_length, signature,
                                    signatureLen);
@@ -201,7 +206,7 @@ Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t /*p
                                 std::uint8_t* signature, std::uint32_t signatureLen) {
   std::uint8_t digest[hash_length];
   const WipeOnExit wiped(digest);
-  const Status status = sha1_message(message, messageLen, digest, verifying_codes);
+  const Status status = sealwright::sha1_message(message, messageLen, digest, verifying_codes);
   if (status != ZEB_SUCCESS) return status;
   return sealwright::verify_by_stated_counts({signature, signatureLen}, publicKey, digest);
 }

@@ -43,8 +43,8 @@ inline constexpr std::int32_t rsa_mode_plain = 0;  // key items n, d
 inline constexpr std::int32_t rsa_mode_crt = 1;    // key items n, e, d, p, q, dP, dQ, qInv
 
 /// What a signer returns for a failing step of its message digest.
-inline constexpr Sha1StepCodes signing_sha1_codes = {SIGN_ERR_SHA1_INIT, SIGN_ERR_SHA1_UPDATE,
-                                                     SIGN_ERR_SHA1_FINAL};
+inline constexpr sealwright::Sha1StepCodes signing_sha1_codes = {
+    SIGN_ERR_SHA1_INIT, SIGN_ERR_SHA1_UPDATE, SIGN_ERR_SHA1_FINAL};
 
 /// Signs a digest with n and d, both of `nWords` digits (at most 64), and `sLen` fresh salt bytes.
 /// The signature has nWords digits, and so `*sigWords` says.

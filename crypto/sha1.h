@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
+#include "base/bytes.h"
 #include "crypto/status.h"
 
 // SHA-1 (FIPS 180-4) and HMAC-SHA-1 (RFC 2104), incremental, over caller-owned contexts.
@@ -56,6 +58,23 @@ Status ZEB_SHA1_HMAC_Update(ZEB_SHA1_HMAC* context, const std::uint8_t* data, st
 /// Ends the message and writes the full 20-byte mac. @return always 0.
 Status ZEB_SHA1_HMAC_Final(ZEB_SHA1_HMAC* context, std::uint8_t* mac);
 
+namespace sealwright {
+
+// For callers whose pointers are not null: no step fails.
+
+/// Starts a message.
+void sha1_init(ZEB_SHA1& hash);
+
+/// Appends bytes to the message.
+void sha1_update(ZEB_SHA1& hash, ByteView bytes);
+
+/// Ends the message and writes 20 digest bytes, as ZEB_SHA1_Final.
+void sha1_final(ZEB_SHA1& hash, std::uint8_t* digest);
+
+/// SHA-1 of the parts, one after the other. `digest` may be part of what is hashed. Nothing of the
+/// message is left behind.
+void sha1(std::uint8_t* digest, std::initializer_list<ByteView> parts);
+
 /// The status codes that a caller has for the three steps of a hash; the one returned tells which
 /// step failed.
 struct Sha1StepCodes {
@@ -64,7 +83,9 @@ struct Sha1StepCodes {
   Status final;
 };
 
-/// SHA-1 of one message in one call.
+/// SHA-1 of one message in one call, for callers whose pointers may be null.
 /// @return 0 or the code in `codes` of the step that failed.
-Status sha1_message(const std::uint8_t* message, std::uint32_t length, std::uint8_t* digest,
-                    const Sha1StepCodes& codes);
+[[nodiscard]] Status sha1_message(const std::uint8_t* message, std::uint32_t length,
+                                  std::uint8_t* digest, const Sha1StepCodes& codes);
+
+}  // namespace sealwright

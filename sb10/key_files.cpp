@@ -42,15 +42,13 @@ void assemble_sb10_public_key(Sb10PublicKeyFile& file, const RsaPublicKey1024& k
 }
 
 void digest_sb10_root_proof(std::uint8_t* digest, const Sb10RootPublicKeyFile& file) {
-  // The status can be dropped here and below: no pointer is null.
-  sha1_message(view_of(file.publicKeyInfo).data(), sizeof file.publicKeyInfo, digest,
-               signing_sha1_codes);
+  sealwright::sha1(digest, {view_of(file.publicKeyInfo)});
 }
 
 void digest_sb10_proof(std::uint8_t* digest, const Sb10PublicKeyFile& file) {
   const ByteView covered =
       view_of(file).subspan(offsetof(Sb10PublicKeyFile, n), sizeof file.n + sizeof file.e);
-  sha1_message(covered.data(), length_of(covered), digest, signing_sha1_codes);
+  sealwright::sha1(digest, {covered});
 }
 
 void attach_sb10_root_proof(Sb10RootPublicKeyFile& file, ByteView signature) {

@@ -13,8 +13,6 @@
 namespace {
 
 constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and of an IV
-constexpr Sha1StepCodes parameter_codes = {CIPHER_ERR_PARAMETER, CIPHER_ERR_PARAMETER,
-                                           CIPHER_ERR_PARAMETER};
 
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
   if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
@@ -38,9 +36,7 @@ Status Make_AES_Param(const std::uint8_t* eFuse, std::uint32_t eFuseLen,
   std::fill_n(ivOut, parameter_length, std::uint8_t{0});
   tmkx_memxor(keyOut, info.hmac, eFuse, parameter_length);
   std::uint8_t digest[sha1_digest_length];
-  const Status status =
-      sha1_message(view_of(info.key).data(), sizeof info.key, digest, parameter_codes);
-  if (status != ZEB_SUCCESS) return status;
+  sealwright::sha1(digest, {view_of(info.key)});
   std::copy_n(digest, parameter_length, ivOut);
   return ZEB_SUCCESS;
 }
