@@ -16,7 +16,8 @@ constexpr std::size_t piece_length = 16UL * 1024;  // whole blocks; stays in the
 /// Decrypts a piece of the code in place, under the IV that the cipher has been given.
 bool open_piece(AesCbcContext& cipher, WritableBytes piece) {
   return ZEB_AES_CBC_DecInit(&cipher) == ZEB_SUCCESS &&
-         aes_cbc_decrypt_message(&cipher, piece.data(), length_of(piece)) == ZEB_SUCCESS;
+         sealwright::aes_cbc_decrypt_message(&cipher, piece.data(), length_of(piece)) ==
+             ZEB_SUCCESS;
 }
 
 /// Gives the cipher the last block of a piece as it is stored, the IV of the next one.

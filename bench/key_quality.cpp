@@ -43,8 +43,8 @@ bool is_sound(const ZEB_RSA_PRIVATE_KEY& key) {
   zeb_bn_Mul(phi, less.p, key.pWords, less.q, key.qWords);
   zeb_bn_Mul(n, key.p, key.pWords, key.q, key.qWords);
   zeb_bn_Mul(product, key.d, key.nWords, key.e, 1);
-  bn_reduce_exactly(product, key.nWords + 1, phi, key.nWords);
-  return product[0] == 1 && bn_significant_digits(product, key.nWords) == 1 &&
+  sealwright::bn_reduce_exactly(product, key.nWords + 1, phi, key.nWords);
+  return product[0] == 1 && sealwright::bn_significant_digits(product, key.nWords) == 1 &&
          zeb_bn_cmp(n, key.nWords, key.n, key.nWords) == 0 &&
          (key.n[key.nWords - 1] & digit_top_bit) != 0 &&
          zeb_bn_cmp(key.p, key.pWords, key.q, key.qWords) > 0;

@@ -31,9 +31,9 @@ enum Path : std::int64_t { processor, portable, digits_only };
 class PathScope {
  public:
   explicit PathScope(std::int64_t path) {
-    if (path != processor) force_crypto_paths({false, false, path == portable, false});
+    if (path != processor) sealwright::force_crypto_paths({false, false, path == portable, false});
   }
-  ~PathScope() { force_crypto_paths(available_crypto_paths()); }
+  ~PathScope() { sealwright::force_crypto_paths(sealwright::available_crypto_paths()); }
   PathScope(const PathScope&) = delete;
   PathScope& operator=(const PathScope&) = delete;
 };

@@ -8,6 +8,8 @@
 
 namespace {
 
+using sealwright::aes_rounds;
+
 using ByteTable = std::array<std::uint8_t, 256>;
 using WordTable = std::array<std::uint32_t, 256>;
 

@@ -33,7 +33,11 @@ void zeb_AES_Encrypt(std::uint8_t* block, const AesKeySchedule* encSchedule);
 /// Decrypts the 16 bytes of `block` in place under a decryption schedule.
 void zeb_AES_Decrypt(std::uint8_t* block, const AesKeySchedule* decSchedule);
 
+namespace sealwright {
+
 /// Rounds that a key of so many words asks for: 10, 12 or 14.
 constexpr std::uint32_t aes_rounds(const AesKeySchedule& schedule) {
   return schedule.key_words + 6;
 }
+
+}  // namespace sealwright

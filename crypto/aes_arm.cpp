@@ -2,7 +2,7 @@
 // the round, so that the last key is left over for an XOR. The decryption schedule is that of the
 // equivalent inverse cipher, whose rounds aesd and aesimc are.
 
-#include "crypto/aes.h"
+#include "crypto/aes_processor.h"
 #include "crypto/cpu.h"
 
 #if CRYPTO_PATHS_ARM
@@ -10,6 +10,8 @@
 
 #define AES_TARGET __attribute__((target("+crypto")))
 #define AES_INLINE AES_TARGET __attribute__((always_inline)) inline
+
+namespace sealwright {
 
 namespace {
 
@@ -70,5 +72,7 @@ AES_TARGET void aes_cbc_decrypt_by_processor(const AesKeySchedule& decryption, s
   }
   vst1q_u8(chain, previous);
 }
+
+}  // namespace sealwright
 
 #endif

@@ -3,10 +3,15 @@
 #include <algorithm>
 
 #include "base/wipe.h"
+#include "crypto/aes_processor.h"
 #include "crypto/cpu.h"
 #include "crypto/mem.h"
 
 namespace {
+
+using sealwright::aes_cbc_decrypt_by_processor;
+using sealwright::aes_cbc_encrypt_by_processor;
+using sealwright::crypto_paths;
 
 void encrypt_portable(const AesKeySchedule& encryption, std::uint8_t* chain, const std::uint8_t* in,
                       std::uint8_t* out, std::size_t blocks) {
@@ -174,8 +179,8 @@ Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint
   return ZEB_SUCCESS;
 }
 
-Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in, std::uint32_t length,
-                               std::uint8_t* out) {
+Status sealwright::aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in,
+                                           std::uint32_t length, std::uint8_t* out) {
   std::uint32_t written = length;
   std::uint32_t last = 0;
   const Status status = ZEB_AES_CBC_EncUpdate(context, in, length, out, &written);
@@ -183,7 +188,8 @@ Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in, s
   return ZEB_AES_CBC_EncFinal(context, out + written, &last);
 }
 
-Status aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out, std::uint32_t length) {
+Status sealwright::aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out,
+                                           std::uint32_t length) {
   std::uint32_t opened = 0;
   std::uint32_t last = 0;
   const Status status = ZEB_AES_CBC_DecUpdate(context, in_out, length, in_out, &opened);

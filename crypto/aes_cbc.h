@@ -81,15 +81,6 @@ Status ZEB_AES_CBC_DecUpdate(AesCbcContext* context, std::uint8_t* inOut, std::u
 ///         ZEB_ERR_NO_ROOM.
 Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint32_t* outLen);
 
-/// Encrypts a message that was started, in one go, from `in` to `out`, which do not overlap; with
-/// padding `out` has room for a block more than `in`.
-/// @return 0, or what the failing step returns.
-Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in, std::uint32_t length,
-                               std::uint8_t* out);
-
-/// Decrypts a message that was started, in one go and in place. @return likewise.
-Status aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out, std::uint32_t length);
-
 /// Pads a block that holds `used` bytes.
 /// @return the pad count, at most blockSize, or an error above it: ZEB_ERR_NOT_WHOLE_BLOCKS,
 ///         ZEB_ERR_PARAMETER, ZEB_ERR_STATE when `used` is above blockSize.
@@ -100,3 +91,17 @@ std::uint32_t zeb_SetPadding(std::uint8_t* block, std::uint32_t used, std::uint3
 /// @return the pad count or an error above it: ZEB_ERR_BAD_PADDING, ZEB_ERR_PARAMETER.
 std::uint32_t zeb_CheckPadding(const std::uint8_t* block, std::uint32_t blockSize,
                                std::uint32_t rule);
+
+namespace sealwright {
+
+/// Encrypts a message that was started, in one go, from `in` to `out`, which do not overlap; with
+/// padding `out` has room for a block more than `in`.
+/// @return 0, or what the failing step returns.
+[[nodiscard]] Status aes_cbc_encrypt_message(AesCbcContext* context, const std::uint8_t* in,
+                                             std::uint32_t length, std::uint8_t* out);
+
+/// Decrypts a message that was started, in one go and in place. @return likewise.
+[[nodiscard]] Status aes_cbc_decrypt_message(AesCbcContext* context, std::uint8_t* in_out,
+                                             std::uint32_t length);
+
+}  // namespace sealwright

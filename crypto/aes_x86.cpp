@@ -1,7 +1,7 @@
 // AES in CBC mode by AES-NI. The round keys lie in memory as the instructions take them, and the
 // decryption schedule is that of the equivalent inverse cipher, which aesdec implements.
 
-#include "crypto/aes.h"
+#include "crypto/aes_processor.h"
 #include "crypto/cpu.h"
 
 #if CRYPTO_PATHS_X86
@@ -9,6 +9,8 @@
 
 #define AES_TARGET __attribute__((target("aes,sse4.1")))
 #define AES_INLINE AES_TARGET __attribute__((always_inline)) inline
+
+namespace sealwright {
 
 namespace {
 
@@ -70,5 +72,7 @@ AES_TARGET void aes_cbc_decrypt_by_processor(const AesKeySchedule& decryption, s
   for (; blocks > 0; --blocks, ++block) decrypt_lanes<1>(decryption, previous, block);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(chain), previous);
 }
+
+}  // namespace sealwright
 
 #endif

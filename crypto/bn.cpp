@@ -10,6 +10,14 @@
 
 namespace {
 
+using sealwright::add_row;
+using sealwright::bn_significant_digits;
+using sealwright::double_and_add_squares;
+using sealwright::mul_add_row;
+using sealwright::mul_sub_row;
+using sealwright::sub_row;
+using sealwright::subtract_multiple;
+
 /// r = a << shift over n digits, shift < 32. @return the digit shifted out at the top.
 Digit shift_left(Digit* r, const Digit* a, std::uint32_t n, int shift) {
   DoubleDigit window = 0;
@@ -134,20 +142,7 @@ void zeb_bn_Sqr(Digit* r, const Digit* a, std::uint32_t aLen) {
   for (std::uint32_t i = 0; i + 1 < aLen; ++i) {
     r[i + aLen] = mul_add_row(r + 2 * std::size_t{i} + 1, a + i + 1, aLen - i - 1, a[i]);
   }
-  // One pass doubles the cross products and adds the squares.
-  DoubleDigit carry = 0;
-  Digit shifted_out = 0;
-  for (std::size_t i = 0; i < aLen; ++i) {
-    const DoubleDigit square = DoubleDigit{a[i]} * a[i];
-    const Digit low = (r[2 * i] << 1) | shifted_out;
-    const Digit high = (r[2 * i + 1] << 1) | (r[2 * i] >> 31);
-    shifted_out = r[2 * i + 1] >> 31;
-    carry += DoubleDigit{low} + static_cast<Digit>(square);
-    r[2 * i] = static_cast<Digit>(carry);
-    carry = (carry >> digit_bits) + high + (square >> digit_bits);
-    r[2 * i + 1] = static_cast<Digit>(carry);
-    carry >>= digit_bits;
-  }
+  double_and_add_squares(r, a, aLen);
 }
 
 std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen, const Digit* b,
@@ -177,6 +172,8 @@ std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen,
   return 0;
 }
 
+namespace sealwright {
+
 std::uint32_t bn_significant_digits(const Digit* a, std::uint32_t aLen) {
   while (aLen > 0 && a[aLen - 1] == 0) --aLen;
   return aLen;
@@ -191,3 +188,5 @@ std::uint32_t bn_bit_length(const Digit* a, std::uint32_t aLen) {
 bool bn_bit(const Digit* a, std::uint32_t bit) {
   return ((a[bit / digit_bits] >> (bit % digit_bits)) & 1) != 0;
 }
+
+}  // namespace sealwright

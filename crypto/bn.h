@@ -73,6 +73,8 @@ void zeb_bn_Sqr(Digit* r, const Digit* a, std::uint32_t aLen);
 std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen, const Digit* b,
                          std::uint32_t bLen);
 
+namespace sealwright {
+
 /// Digits up to the highest non-zero one; 0 for the number zero.
 std::uint32_t bn_significant_digits(const Digit* a, std::uint32_t aLen);
 
@@ -81,3 +83,5 @@ std::uint32_t bn_bit_length(const Digit* a, std::uint32_t aLen);
 
 /// Bit `bit` of a number that is wide enough to have it.
 bool bn_bit(const Digit* a, std::uint32_t bit);
+
+}  // namespace sealwright

@@ -5,10 +5,19 @@
 #include <utility>
 
 #include "base/wipe.h"
+#include "crypto/bn_limbs.h"
 #include "crypto/bn_rows.h"
-#include "crypto/bn_words.h"
 
 namespace {
+
+using sealwright::bn_bit;
+using sealwright::bn_bit_length;
+using sealwright::bn_limbs_apply;
+using sealwright::bn_limbs_mod_mul;
+using sealwright::bn_limbs_power;
+using sealwright::bn_reduce_exactly;
+using sealwright::bn_significant_digits;
+using sealwright::subtract_multiple;
 
 constexpr std::uint32_t euclid_digits = bn_max_modulus_digits + 1;
 /// Below this quotient estimate a Euclidean step subtracts instead of dividing.
@@ -86,7 +95,8 @@ void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint
   }
 }
 
-void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
+void sealwright::bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m,
+                                   std::uint32_t mLen) {
   Digit untouched[bn_scratch_digits];
   const WipeOnExit wiped(untouched);
   zeb_bn_copy(untouched, a, aLen);
@@ -101,8 +111,8 @@ void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32
 
 void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::uint32_t mLen) {
   if (mLen == 0) return;
-  if constexpr (has_double_words) {
-    if (bn_words_take(m, mLen) && bn_words_mod_mul(r, a, b, m, mLen)) return;
+  if constexpr (has_double_limbs) {
+    if (bn_limbs_apply(m, mLen) && bn_limbs_mod_mul(r, a, b, m, mLen)) return;
   }
   Digit product[bn_scratch_digits];
   const WipeOnExit wiped(product);
@@ -121,9 +131,9 @@ void zeb_bn_Binary(Digit* r, const Digit* base, const Digit* m, std::uint32_t mL
   std::fill_n(r, mLen, Digit{0});
   r[0] = 1;
   const std::uint32_t exponent_bits = bn_bit_length(e, eLen);
-  if constexpr (has_double_words) {
-    const bool taken = exponent_bits != 0 && bn_words_take(m, mLen);
-    if (taken && bn_words_power(r, base, m, mLen, e, eLen)) return;
+  if constexpr (has_double_limbs) {
+    const bool taken = exponent_bits != 0 && bn_limbs_apply(m, mLen);
+    if (taken && bn_limbs_power(r, base, m, mLen, e, eLen)) return;
   }
   for (std::uint32_t bit = exponent_bits; bit > 0; --bit) {
     zeb_bn_ModMul(r, r, r, m, mLen);

@@ -20,10 +20,6 @@ inline constexpr std::uint32_t bn_max_modulus_digits = 66;
 /// product of two numbers below m. Use bn_reduce_exactly where the result matters.
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen);
 
-/// zeb_bn_ClassicalRed, finished by zeb_bn_Div on the untouched input when it comes out irregular.
-/// For a non-zero modulus of any form, mLen <= aLen <= 132, the result is a mod m.
-void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen);
-
 /// r = a * b mod m in mLen digits (mLen at most 66), squaring when `a` and `b` are one pointer.
 /// `r` may be `a` or `b`. An operand need not be smaller than m.
 void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std::uint32_t mLen);
@@ -38,3 +34,11 @@ void zeb_bn_Binary(Digit* r, const Digit* base, const Digit* m, std::uint32_t mL
 /// @return 0, or ZEB_ERR_FAIL when gcd(a, m) is not 1, for a = 0 also with m = 1, and for a `len`
 ///         of 0 or above 66; nothing is written then.
 Status zeb_bn_Euclid(Digit* inv, const Digit* a, const Digit* m, std::uint32_t len);
+
+namespace sealwright {
+
+/// zeb_bn_ClassicalRed, finished by zeb_bn_Div on the untouched input when it comes out irregular.
+/// For a non-zero modulus of any form, mLen <= aLen <= 132, the result is a mod m.
+void bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen);
+
+}  // namespace sealwright

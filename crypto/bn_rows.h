@@ -1,16 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "crypto/digit.h"
 
-// The rows that all arithmetic on digits is made of, portable: one 32 x 32 -> 64-bit product or one
-// add with carry per digit.
+// The rows that all arithmetic on big numbers is made of, portable. Those of a product serve digits
+// and limbs alike.
+
+namespace sealwright {
 
 /// Calls step(i) for i from 0 to n - 1, unrolled by four.
 template <typename Step>
-inline void for_each_digit(std::uint32_t n, Step step) {
-  std::uint32_t i = 0;
+inline void for_each_unit(std::size_t n, Step step) {
+  std::size_t i = 0;
   for (; i + 4 <= n; i += 4) {
     step(i);
     step(i + 1);
@@ -20,22 +23,53 @@ inline void for_each_digit(std::uint32_t n, Step step) {
   for (; i < n; ++i) step(i);
 }
 
-/// r[0..n) += a[0..n) * d. @return the carry digit.
-inline Digit mul_add_row(Digit* r, const Digit* a, std::uint32_t n, Digit d) {
-  DoubleDigit carry = 0;
-  for_each_digit(n, [&](std::uint32_t i) {
-    // At most (2^32 - 1)^2 + 2 (2^32 - 1): never overflows the double digit.
-    carry += DoubleDigit{a[i]} * d + r[i];
-    r[i] = static_cast<Digit>(carry);
-    carry >>= digit_bits;
+/// r[0..n) += a[0..n) * d. @return the carry unit.
+template <typename Unit>
+inline Unit mul_add_row(Unit* r, const Unit* a, std::size_t n, Unit d) {
+  using Double = typename DoubleOf<Unit>::Type;
+  Unit carry = 0;
+  for_each_unit(n, [&](std::size_t i) {
+    const Double product = Double{a[i]} * d;
+    // Compilers turn comparisons of this form into carries, and so keep sums of double width out of
+    // it, which limbs pay for with time.
+    const Unit before = r[i];
+    Unit low = static_cast<Unit>(product);
+    Unit high = static_cast<Unit>(product >> (8 * sizeof(Unit)));
+    low += before;
+    high += low < before ? 1 : 0;
+    low += carry;
+    high += low < carry ? 1 : 0;
+    r[i] = low;
+    carry = high;
   });
-  return static_cast<Digit>(carry);
+  return carry;
+}
+
+/// r[0..2n) = 2 r + the squares of the units of a, each at twice its place, for a result that fits:
+/// what makes a square of the sum of cross products.
+template <typename Unit>
+inline void double_and_add_squares(Unit* r, const Unit* a, std::size_t n) {
+  using Double = typename DoubleOf<Unit>::Type;
+  constexpr int unit_bits = 8 * sizeof(Unit);
+  Unit shifted_out = 0;
+  Unit carry = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    const Double square = Double{a[i]} * a[i];
+    const Unit low = (r[2 * i] << 1) | shifted_out;
+    const Unit high = (r[2 * i + 1] << 1) | (r[2 * i] >> (unit_bits - 1));
+    shifted_out = r[2 * i + 1] >> (unit_bits - 1);
+    Double sum = Double{low} + static_cast<Unit>(square) + carry;
+    r[2 * i] = static_cast<Unit>(sum);
+    sum = (sum >> unit_bits) + high + (square >> unit_bits);
+    r[2 * i + 1] = static_cast<Unit>(sum);
+    carry = static_cast<Unit>(sum >> unit_bits);
+  }
 }
 
 /// r[0..n) -= a[0..n) * d. @return the borrow digit.
-inline Digit mul_sub_row(Digit* r, const Digit* a, std::uint32_t n, Digit d) {
+inline Digit mul_sub_row(Digit* r, const Digit* a, std::size_t n, Digit d) {
   DoubleDigit carry = 0;
-  for_each_digit(n, [&](std::uint32_t i) {
+  for_each_unit(n, [&](std::size_t i) {
     carry += DoubleDigit{a[i]} * d;
     const auto low = static_cast<Digit>(carry);
     carry = (carry >> digit_bits) + (r[i] < low ? 1U : 0U);
@@ -45,8 +79,8 @@ inline Digit mul_sub_row(Digit* r, const Digit* a, std::uint32_t n, Digit d) {
 }
 
 /// r = a + b + carry over n digits. @return the carry, 0 or 1.
-inline Digit add_row(Digit* r, const Digit* a, const Digit* b, std::uint32_t n, Digit carry) {
-  for_each_digit(n, [&](std::uint32_t i) {
+inline Digit add_row(Digit* r, const Digit* a, const Digit* b, std::size_t n, Digit carry) {
+  for_each_unit(n, [&](std::size_t i) {
     const DoubleDigit sum = DoubleDigit{a[i]} + b[i] + carry;
     r[i] = static_cast<Digit>(sum);
     carry = static_cast<Digit>(sum >> digit_bits);
@@ -55,8 +89,8 @@ inline Digit add_row(Digit* r, const Digit* a, const Digit* b, std::uint32_t n, 
 }
 
 /// r = a - b - borrow over n digits. @return the borrow, 0 or 1.
-inline Digit sub_row(Digit* r, const Digit* a, const Digit* b, std::uint32_t n, Digit borrow) {
-  for_each_digit(n, [&](std::uint32_t i) {
+inline Digit sub_row(Digit* r, const Digit* a, const Digit* b, std::size_t n, Digit borrow) {
+  for_each_unit(n, [&](std::size_t i) {
     const DoubleDigit difference = DoubleDigit{a[i]} - b[i] - borrow;
     r[i] = static_cast<Digit>(difference);
     borrow = static_cast<Digit>(difference >> 63);
@@ -67,7 +101,7 @@ inline Digit sub_row(Digit* r, const Digit* a, const Digit* b, std::uint32_t n, 
 /// One step of a long division: subtracts trial * m from the n + 1 digits of `segment` and, while
 /// that leaves it negative, adds m back and lowers the trial digit, at most twice.
 /// @return the trial digit as corrected.
-inline Digit subtract_multiple(Digit* segment, const Digit* m, std::uint32_t n, Digit trial) {
+inline Digit subtract_multiple(Digit* segment, const Digit* m, std::size_t n, Digit trial) {
   const Digit borrow = mul_sub_row(segment, m, n, trial);
   bool negative = segment[n] < borrow;
   segment[n] -= borrow;
@@ -79,3 +113,5 @@ inline Digit subtract_multiple(Digit* segment, const Digit* m, std::uint32_t n, 
   }
   return trial;
 }
+
+}  // namespace sealwright

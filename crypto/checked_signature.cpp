@@ -7,6 +7,8 @@
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
 
+namespace sealwright {
+
 namespace {
 
 using SignatureBuffer = std::array<std::uint8_t, signature_bytes_2048>;  // the widest there is
@@ -54,3 +56,5 @@ Status sign_message_checked(WritableBytes signature, const SigningKey& key,
   if (status != ZEB_SUCCESS) return status;
   return sign_digest_checked(signature, key, public_key, digest);
 }
+
+}  // namespace sealwright

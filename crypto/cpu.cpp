@@ -9,6 +9,8 @@
 
 #include "crypto/digit.h"
 
+namespace sealwright {
+
 namespace {
 
 CryptoPaths& paths_in_force() {
@@ -24,7 +26,7 @@ const CryptoPaths& crypto_paths() {
 
 CryptoPaths available_crypto_paths() {
   CryptoPaths paths = {};
-  paths.bn_words = has_double_words;
+  paths.bn_limbs = has_double_limbs;
 #if CRYPTO_PATHS_X86
   unsigned eax = 0;
   unsigned ebx = 0;
@@ -49,6 +51,8 @@ CryptoPaths available_crypto_paths() {
 void force_crypto_paths(const CryptoPaths& wanted) {
   const CryptoPaths available = available_crypto_paths();
   paths_in_force() = {wanted.sha1 && available.sha1, wanted.aes && available.aes,
-                      wanted.bn_words && available.bn_words,
-                      wanted.bn_words && wanted.bn_rows && available.bn_rows};
+                      wanted.bn_limbs && available.bn_limbs,
+                      wanted.bn_limbs && wanted.bn_rows && available.bn_rows};
 }
+
+}  // namespace sealwright

@@ -4,6 +4,8 @@
 
 #include "base/bytes.h"
 
+namespace sealwright {
+
 namespace {
 
 constexpr std::uint32_t length_prefix_bytes = 4;
@@ -65,3 +67,5 @@ bool read_private_key(const std::uint8_t* list, std::uint32_t length, KeyItemLay
   return complete && 2 * key.pWords == key.nWords && 2 * key.qWords == key.nWords &&
          has_top_bit(key.p, key.pWords) && has_top_bit(key.q, key.qWords);
 }
+
+}  // namespace sealwright

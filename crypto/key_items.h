@@ -33,14 +33,16 @@ struct KeyItemCursor {
   std::uint32_t left;  // bytes
 };
 
+namespace sealwright {
+
 /// Takes the bytes of the next item, all that its length states.
 /// @return false, with the cursor where it was, when the item passes the end of the list.
-bool read_item_bytes(KeyItemCursor& cursor, ByteView& number);
+[[nodiscard]] bool read_item_bytes(KeyItemCursor& cursor, ByteView& number);
 
 /// Reads the next item into `digits` of room for `capacity` digits and stores its digit count.
 /// @return false, with nothing written, when the item passes the capacity or the end of the list.
-bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
-                   std::uint32_t& digit_count);
+[[nodiscard]] bool read_key_item(KeyItemCursor& cursor, Digit* digits, std::uint32_t capacity,
+                                 std::uint32_t& digit_count);
 
 /// Appends an item of `digit_count` digits after the `list_length` bytes at `list`, which has room
 /// for 4 + 4 * digit_count more, and advances `list_length`.
@@ -51,5 +53,7 @@ void append_key_item(std::uint8_t* list, std::uint32_t& list_length, const Digit
 /// can work on it: modulus of at most 64 digits and, in the CRT layout, primes of half its digits,
 /// each with its top bit set.
 /// @return false when the list is not such a key.
-bool read_private_key(const std::uint8_t* list, std::uint32_t length, KeyItemLayout layout,
-                      ZEB_RSA_PRIVATE_KEY& key);
+[[nodiscard]] bool read_private_key(const std::uint8_t* list, std::uint32_t length,
+                                    KeyItemLayout layout, ZEB_RSA_PRIVATE_KEY& key);
+
+}  // namespace sealwright

@@ -8,6 +8,8 @@
 
 namespace {
 
+using sealwright::bn_significant_digits;
+
 // Made as products of consecutive primes from 2 to 541 (that of 89 to 113 without 101), cut to
 // their low 32 bits. Four fit; the others are no products of small primes at all.
 //

@@ -7,13 +7,15 @@
 
 #include "crypto/bn.h"
 
+namespace sealwright {
+
 namespace {
 
 // One pass over the number takes its remainders by several products of primes, each as long as a
 // machine word, side by side; what is left then fits a word.
 #if defined(__SIZEOF_INT128__)
-using Unit = Word;
-using DoubleUnit = DoubleWord;
+using Unit = Limb;
+using DoubleUnit = DoubleLimb;
 #else
 using Unit = Digit;
 using DoubleUnit = DoubleDigit;
@@ -125,3 +127,5 @@ bool has_small_factor(const Digit* number, std::uint32_t digit_count) {
   }
   return false;
 }
+
+}  // namespace sealwright

@@ -175,7 +175,7 @@ Status ZEB_SHA1_PRNG_AddSeed(const std::uint8_t* seed, std::uint32_t seed_length
   return ZEB_SUCCESS;
 }
 
-void forget_random_state() {
+void sealwright::forget_random_state() {
   wipe(sabSecretState, sizeof sabSecretState);
   wipe(sabRandPool, sizeof sabRandPool);
   uIndexRandPool = prng_block_length;
@@ -194,7 +194,7 @@ void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
   stir_kernel_random();
 }
 
-bool random_source_available() {
+bool sealwright::random_source_available() {
   std::uint8_t buffer[noise_buffer_length];
   const WipeOnExit wiped(buffer);
   return read_kernel_random(buffer) || read_random_device(buffer) >= ssize_t{prng_block_length};

@@ -96,7 +96,7 @@ struct CrtPrime {
 void crt_half(Digit* t, Digit* scratch, const Digit* value, std::uint32_t digits,
               const CrtPrime& by) {
   zeb_bn_copy(scratch, value, digits);
-  bn_reduce_exactly(scratch, digits, by.prime, digits / 2);
+  sealwright::bn_reduce_exactly(scratch, digits, by.prime, digits / 2);
   zeb_bn_Binary(t, scratch, by.prime, digits / 2, by.exponent, by.exponent_digits);
 }
 
@@ -158,7 +158,7 @@ Status Generate_PSS_RSASignature(std::int32_t mode, const std::uint8_t* keyItems
   const WipeOnExit wiped(key);
   const bool by_crt = mode == rsa_mode_crt;
   const KeyItemLayout layout = by_crt ? KeyItemLayout::crt : KeyItemLayout::plain;
-  if (!read_private_key(keyItems, keyItemsLen, layout, key)) return SIGN_ERR_RSA;
+  if (!sealwright::read_private_key(keyItems, keyItemsLen, layout, key)) return SIGN_ERR_RSA;
 
   Digit digits[rsa_max_modulus_digits];
   std::uint32_t words = 0;

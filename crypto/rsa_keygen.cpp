@@ -53,7 +53,7 @@ bool is_excluded_by_exponent(const Digit* candidate, std::uint32_t half,
 /// exponentiation; what the generator would have given for that is drawn all the same, so that a
 /// state of the generator gives one key, whatever trial division finds on this machine.
 bool is_accepted(const Digit* candidate, std::uint32_t half, const ZEB_RSA_PRIVATE_KEY& key) {
-  const bool composite = has_small_factor(candidate, half);
+  const bool composite = sealwright::has_small_factor(candidate, half);
   if (is_excluded_by_exponent(candidate, half, key)) return false;
   if (!composite) return ZEB_MillerRabin(candidate, half) == ZEB_SUCCESS;
   sealwright::draw_as_for_composite(candidate, half);
@@ -82,7 +82,7 @@ void settle_exponent(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits) {
 void reduce_private_exponent(Digit* result, const Digit* prime_minus_one, KeyGenNumbers& numbers,
                              const ZEB_RSA_PRIVATE_KEY& key, std::uint32_t half) {
   zeb_bn_copy(numbers.exponent, key.d, key.dWords);
-  bn_reduce_exactly(numbers.exponent, key.dWords, prime_minus_one, half);
+  sealwright::bn_reduce_exactly(numbers.exponent, key.dWords, prime_minus_one, half);
   zeb_bn_copy(result, numbers.exponent, half);
 }
 

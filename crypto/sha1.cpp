@@ -6,8 +6,12 @@
 #include "base/bytes.h"
 #include "base/wipe.h"
 #include "crypto/cpu.h"
+#include "crypto/sha1_processor.h"
 
 namespace {
+
+using sealwright::crypto_paths;
+using sealwright::sha1_compress_by_processor;
 
 constexpr std::uint32_t initial_state[5] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,
                                             0xC3D2E1F0};

@@ -3,12 +3,15 @@
 // schedule by four words.
 
 #include "crypto/cpu.h"
+#include "crypto/sha1_processor.h"
 
 #if CRYPTO_PATHS_ARM
 #include <arm_neon.h>
 
 #define SHA1_TARGET __attribute__((target("+crypto")))
 #define SHA1_INLINE SHA1_TARGET __attribute__((always_inline)) inline
+
+namespace sealwright {
 
 namespace {
 
@@ -59,5 +62,7 @@ SHA1_TARGET void sha1_compress_by_processor(std::uint32_t* state, const std::uin
   vst1q_u32(state, abcd);
   state[4] = e;
 }
+
+}  // namespace sealwright
 
 #endif

@@ -2,12 +2,15 @@
 // derives the next e, sha1msg1 and sha1msg2 with one XOR extend the message schedule.
 
 #include "crypto/cpu.h"
+#include "crypto/sha1_processor.h"
 
 #if CRYPTO_PATHS_X86
 #include <immintrin.h>
 
 #define SHA1_TARGET __attribute__((target("sha,sse4.1,ssse3")))
 #define SHA1_INLINE SHA1_TARGET __attribute__((always_inline)) inline
+
+namespace sealwright {
 
 namespace {
 
@@ -83,5 +86,7 @@ SHA1_TARGET void sha1_compress_by_processor(std::uint32_t* state, const std::uin
   _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_shuffle_epi32(abcd, 0x1B));
   state[4] = static_cast<std::uint32_t>(_mm_extract_epi32(e_start, 3));
 }
+
+}  // namespace sealwright
 
 #endif

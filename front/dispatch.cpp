@@ -32,7 +32,7 @@ void occupy_standard_descriptors() {
 }
 
 void forget_secrets() {
-  forget_random_state();
+  sealwright::forget_random_state();
   wipe_key_store();
   wipe_sb20_key_store();
   wipe_sb10_key_store();

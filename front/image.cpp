@@ -39,7 +39,7 @@ SecuredImage split(const Image& image, std::uint32_t tail_length) {
 }
 
 void require_randomness() {
-  if (!random_source_available()) abort_run();
+  if (!sealwright::random_source_available()) abort_run();
 }
 
 std::int32_t print_verdict(bool valid, const char* success_line, const char* failure_line) {

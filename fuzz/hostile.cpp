@@ -96,7 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return (byte() + (limit > 256 ? byte() << 8 : 0)) % limit;
   };
   const std::size_t form = byte();
-  force_crypto_paths({(form & 4) == 0, (form & 8) == 0, (form & 16) == 0, (form & 32) == 0});
+  sealwright::force_crypto_paths(
+      {(form & 4) == 0, (form & 8) == 0, (form & 16) == 0, (form & 32) == 0});
   const bool v11 = (form & 1) != 0;
   if ((form & 2) != 0) {
     v11 ? inspect_files<V11>(choose) : inspect_files<V21>(choose);

@@ -16,7 +16,7 @@ constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and o
 
 Status decrypt_in_place(AesCbcContext& cipher, std::uint8_t* code, std::uint32_t codeLen) {
   if (ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS ||
-      aes_cbc_decrypt_message(&cipher, code, codeLen) != ZEB_SUCCESS) {
+      sealwright::aes_cbc_decrypt_message(&cipher, code, codeLen) != ZEB_SUCCESS) {
     return CIPHER_ERR_DECRYPT;
   }
   return ZEB_SUCCESS;
@@ -71,7 +71,8 @@ Status Encrypt_Code(const std::uint8_t* eFuse, std::uint32_t eFuseLen, const SB2
     return CIPHER_ERR_SETUP;
   }
 
-  if (aes_cbc_encrypt_message(&cipher, code, codeLen, ciphertext.data()) != ZEB_SUCCESS) {
+  if (sealwright::aes_cbc_encrypt_message(&cipher, code, codeLen, ciphertext.data()) !=
+      ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
   std::memcpy(decrypted.data(), ciphertext.data(), codeLen);

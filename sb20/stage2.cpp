@@ -16,8 +16,8 @@ Status sb20_Generate_Stage2(const char* privateKeyFile, const std::uint8_t* imag
   // The n and e items that a key record starts with are the public key as verifiers take it. Of a
   // file that is shorter than both, the rest is the zeros of the buffer.
   const std::uint8_t* public_key = items.data();
-  status = sign_message_checked({signatureOut, signature_bytes_2048}, {rsa_mode_crt, items},
-                                public_key, {image, imageLen});
+  status = sealwright::sign_message_checked({signatureOut, signature_bytes_2048},
+                                            {rsa_mode_crt, items}, public_key, {image, imageLen});
   if (status == ZEB_SUCCESS) *signatureLen = signature_bytes_2048;
   std::fputs(status == ZEB_SUCCESS ? stage2_signed_line : stage2_not_signed_line, stdout);
   return status;

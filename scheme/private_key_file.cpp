@@ -63,7 +63,7 @@ Status do_PrivateKey_Encrypt(std::int32_t mode, std::uint8_t* buffer, std::uint3
       ZEB_AES_CBC_EncInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
-  if (aes_cbc_encrypt_message(&cipher, buffer, size, scratch.get()) != ZEB_SUCCESS) {
+  if (sealwright::aes_cbc_encrypt_message(&cipher, buffer, size, scratch.get()) != ZEB_SUCCESS) {
     return CIPHER_ERR_RUN;
   }
   std::copy_n(scratch.get(), size, buffer);
@@ -76,6 +76,6 @@ Status do_PrivateKey_Decrypt(std::int32_t mode, std::uint8_t* buffer, std::uint3
   if (set_up_cipher(cipher, mode) != ZEB_SUCCESS || ZEB_AES_CBC_DecInit(&cipher) != ZEB_SUCCESS) {
     return CIPHER_ERR_SETUP;
   }
-  const Status status = aes_cbc_decrypt_message(&cipher, buffer, size);
+  const Status status = sealwright::aes_cbc_decrypt_message(&cipher, buffer, size);
   return status == ZEB_SUCCESS ? ZEB_SUCCESS : CIPHER_ERR_RUN;
 }

@@ -67,10 +67,8 @@ RsaPublicNumbers numbers_of(const PublicKey& key) {
 }
 
 Digest sha1_of(ByteView bytes) {
-  constexpr Sha1StepCodes codes = {ZEB_ERR_FAIL, ZEB_ERR_FAIL, ZEB_ERR_FAIL};
   Digest digest = {};
-  // The status can be dropped: no pointer is null.
-  sha1_message(bytes.data(), length_of(bytes), digest.data(), codes);
+  sealwright::sha1(digest.data(), {bytes});
   return digest;
 }
 

@@ -65,7 +65,7 @@ ExitStatus run(const Options& options) {
   }
   Result result;
   const Objection objection = run_verb(result, options);
-  forget_random_state();
+  sealwright::forget_random_state();
   if (!objection) return print_output(options.json ? to_json(result) : to_words(result));
   print_complaint(objection->text);
   return objection->status;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "crypto/bn_limbs.h"
 #include "crypto/bn_mod.h"
-#include "crypto/bn_words.h"
 #include "crypto/cpu.h"
 #include "crypto/prime_trial.h"
 #include "tests/support/openssl.h"
@@ -86,7 +86,7 @@ void check_division(const Number& a, const Number& b) {
   require(divide_into(nullptr) == 0 && Big(r) == Big(a) % b, "Div without a quotient");
   require(Big(bn_ModD(a.data(), width_of(a), b[0] | 1)) == Big(a) % (b[0] | 1), "ModD");
   Number reduced = a;
-  bn_reduce_exactly(reduced.data(), width_of(a), b.data(), width_of(b));
+  sealwright::bn_reduce_exactly(reduced.data(), width_of(a), b.data(), width_of(b));
   require(Big(reduced) == r, "reduction");
 }
 
@@ -160,7 +160,7 @@ bool reduces_irregularly(const Big& number, const Number& m) {
   Number a = number.digits(2 * m.size());
   zeb_bn_ClassicalRed(a.data(), width_of(a), m.data(), width_of(m));
   EXPECT_EQ(Big(a) % m, number % m);
-  return bn_significant_digits(a.data(), width_of(a)) > width_of(m);
+  return sealwright::bn_significant_digits(a.data(), width_of(a)) > width_of(m);
 }
 
 // A segment below the modulus but with the same top digit: the trial digit 2^32 is cut to 0.
@@ -216,18 +216,18 @@ TEST(Bn, OctetStringsCountOctetsOneWayAndDigitsTheOther) {
 /// Product and power on assembly rows, portable words and digits. For operands below the modulus
 /// the words never give up.
 void check_paths(const Number& a, const Number& b, const Number& m) {
-  const CryptoPaths before = crypto_paths();
+  const CryptoPaths before = sealwright::crypto_paths();
   for (const auto& [words, rows] : {std::pair(true, true), {true, false}, {false, false}}) {
-    force_crypto_paths({before.sha1, before.aes, words, rows});
+    sealwright::force_crypto_paths({before.sha1, before.aes, words, rows});
     check_modular(a, b, m, {b[0]});
-    const bool taken = words && available_crypto_paths().bn_words;
-    EXPECT_EQ(bn_words_take(m.data(), width_of(m)), taken);
+    const bool taken = words && sealwright::available_crypto_paths().bn_limbs;
+    EXPECT_EQ(sealwright::bn_limbs_apply(m.data(), width_of(m)), taken);
     if (!taken || !(Big(a) < m) || !(Big(b) < m)) continue;
     Number r(m.size());
-    EXPECT_TRUE(bn_words_mod_mul(r.data(), a.data(), b.data(), m.data(), width_of(m)));
+    EXPECT_TRUE(sealwright::bn_limbs_mod_mul(r.data(), a.data(), b.data(), m.data(), width_of(m)));
     EXPECT_EQ(Big(r), Big(a) * b % m);
   }
-  force_crypto_paths(before);
+  sealwright::force_crypto_paths(before);
 }
 
 TEST(WordPath, AgreesWithDigitsAndOpenssl) {
@@ -255,10 +255,12 @@ TEST(WordPath, AgreesWithDigitsAndOpenssl) {
 
 TEST(TrialDivision, RejectsCompositesWithASmallFactorAndNoPrime) {
   std::mt19937_64 engine(31);
-  const auto is_rejected = [](const Number& n) { return has_small_factor(n.data(), width_of(n)); };
+  const auto is_rejected = [](const Number& n) {
+    return sealwright::has_small_factor(n.data(), width_of(n));
+  };
   for (int i = 0; i < 150; ++i) {
     const std::uint32_t width = std::array{3, 4, 16, 31, 32}[i % 5];
-    const Digit bound = trial_division_bound(width);
+    const Digit bound = sealwright::trial_division_bound(width);
     Number n = make_number(engine, width - i % 2, 0);
     n[0] |= 1;
     if (i % 2 != 0) n = (Big(n) * Big(3 + 2 * (engine() % (bound / 2 - 1)))).digits(width);

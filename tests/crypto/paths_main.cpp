@@ -13,8 +13,8 @@ namespace {
 bool masked = false;
 
 TEST(Paths, TheOnesAskedForAreInForce) {
-  const CryptoPaths expected = masked ? CryptoPaths{} : available_crypto_paths();
-  EXPECT_EQ(bytes_of(crypto_paths()), bytes_of(expected));
+  const CryptoPaths expected = masked ? CryptoPaths{} : sealwright::available_crypto_paths();
+  EXPECT_EQ(bytes_of(sealwright::crypto_paths()), bytes_of(expected));
 }
 
 }  // namespace
@@ -22,6 +22,6 @@ TEST(Paths, TheOnesAskedForAreInForce) {
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   masked = argc > 1 && std::string_view(argv[1]) == "--portable";
-  if (masked) force_crypto_paths({});
+  if (masked) sealwright::force_crypto_paths({});
   return RUN_ALL_TESTS();
 }

@@ -156,7 +156,7 @@ TEST_P(Rsa, CrtSurvivesIrregularReductions) {
     const Number divisor = key[prime].digits(half);
     Number reduced = input, result(2 * half);
     zeb_bn_ClassicalRed(reduced.data(), 2 * half, divisor.data(), half);
-    ASSERT_GT(bn_significant_digits(reduced.data(), 2 * half), half);
+    ASSERT_GT(sealwright::bn_significant_digits(reduced.data(), 2 * half), half);
     zeb_RSA_CrtDec(result.data(), input.data(), &record);
     EXPECT_EQ(Big(result), power(input, key[2], key[0]));
   }

@@ -42,7 +42,8 @@ inline Bytes key_list(const Key& key, const Widths& widths, bool with_e) {
 inline ZEB_RSA_PRIVATE_KEY record_of(const Key& key, std::size_t length) {
   const Bytes list = key_list(key, full_widths(length), true);
   ZEB_RSA_PRIVATE_KEY record = {};
-  require(read_private_key(list.data(), length_of(list), KeyItemLayout::crt, record), "a record");
+  require(sealwright::read_private_key(list.data(), length_of(list), KeyItemLayout::crt, record),
+          "a record");
   return record;
 }
 

@@ -1,16 +1,18 @@
-#include "crypto/bn_words_x86.h"
+#include "crypto/bn_limbs_x86.h"
 
 #include "crypto/cpu.h"
 
 #if CRYPTO_PATHS_X86
 
+namespace sealwright {
+
 namespace {
 
-// One word of a row in assembly, since compilers lose the carry flags between intrinsics. mulx
+// One limb of a row in assembly, since compilers lose the carry flags between intrinsics. mulx
 // takes the multiplier from rdx and leaves the flags alone, so two carry chains can run side by
 // side: the carry flag (adcx) joins each low half to the high half before it, the overflow flag
-// (adox) adds the sum to r. `high` and `next` change places from word to word.
-#define ROW_WORD(offset, low, high, next)       \
+// (adox) adds the sum to r. `high` and `next` change places from limb to limb.
+#define ROW_LIMB(offset, low, high, next)       \
   "mulx " #offset "(%[a]), %[" low "], %[" next \
   "]\n\t"                                       \
   "adcx %[" high "], %[" low                    \
@@ -18,13 +20,13 @@ namespace {
   "adox " #offset "(%[r]), %[" low              \
   "]\n\t"                                       \
   "movq %[" low "], " #offset "(%[r])\n\t"
-#define FOUR_WORDS(o0, o1, o2, o3)     \
-  ROW_WORD(o0, "low0", "high", "next") \
-  ROW_WORD(o1, "low1", "next", "high") \
-  ROW_WORD(o2, "low0", "high", "next") ROW_WORD(o3, "low1", "next", "high")
-// Clears both flags first; both carries end in `high`, which is the carry word in and out.
-#define ROW(words)                                                                \
-  __asm__ volatile("xorl %k[zero], %k[zero]\n\t" words                            \
+#define FOUR_LIMBS(o0, o1, o2, o3)     \
+  ROW_LIMB(o0, "low0", "high", "next") \
+  ROW_LIMB(o1, "low1", "next", "high") \
+  ROW_LIMB(o2, "low0", "high", "next") ROW_LIMB(o3, "low1", "next", "high")
+// Clears both flags first; both carries end in `high`, which is the carry limb in and out.
+#define ROW(limbs)                                                                \
+  __asm__ volatile("xorl %k[zero], %k[zero]\n\t" limbs                            \
                    "adcx %[zero], %[high]\n\t"                                    \
                    "adox %[zero], %[high]\n\t"                                    \
                    : [low0] "=&r"(low0), [low1] "=&r"(low1), [high] "+&r"(carry), \
@@ -32,37 +34,37 @@ namespace {
                    : [a] "r"(a), [r] "r"(r), "d"(d)                               \
                    : "cc", "memory")
 
-/// r[0..16) += a[0..16) * d + carry. @return the carry word.
-inline Word sixteen_words(Word* r, const Word* a, Word d, Word carry) {
-  Word low0, low1, next, zero;
-  ROW(FOUR_WORDS(0, 8, 16, 24) FOUR_WORDS(32, 40, 48, 56) FOUR_WORDS(64, 72, 80, 88)
-          FOUR_WORDS(96, 104, 112, 120));
+/// r[0..16) += a[0..16) * d + carry. @return the carry limb.
+inline Limb sixteen_limbs(Limb* r, const Limb* a, Limb d, Limb carry) {
+  Limb low0, low1, next, zero;
+  ROW(FOUR_LIMBS(0, 8, 16, 24) FOUR_LIMBS(32, 40, 48, 56) FOUR_LIMBS(64, 72, 80, 88)
+          FOUR_LIMBS(96, 104, 112, 120));
   return carry;
 }
 
-/// r[0..4) += a[0..4) * d + carry. @return the carry word.
-inline Word four_words(Word* r, const Word* a, Word d, Word carry) {
-  Word low0, low1, next, zero;
-  ROW(FOUR_WORDS(0, 8, 16, 24));
+/// r[0..4) += a[0..4) * d + carry. @return the carry limb.
+inline Limb four_limbs(Limb* r, const Limb* a, Limb d, Limb carry) {
+  Limb low0, low1, next, zero;
+  ROW(FOUR_LIMBS(0, 8, 16, 24));
   return carry;
 }
 
 }  // namespace
 
-Word mul_add_row_x86(Word* r, const Word* a, std::size_t n, Word d) {
-  Word carry = 0;
+Limb mul_add_row_x86(Limb* r, const Limb* a, std::size_t n, Limb d) {
+  Limb carry = 0;
   std::size_t i = 0;
-  for (; i + 16 <= n; i += 16) carry = sixteen_words(r + i, a + i, d, carry);
-  for (; i < n; i += 4) carry = four_words(r + i, a + i, d, carry);
+  for (; i + 16 <= n; i += 16) carry = sixteen_limbs(r + i, a + i, d, carry);
+  for (; i < n; i += 4) carry = four_limbs(r + i, a + i, d, carry);
   return carry;
 }
 
-void double_and_add_squares_x86(Word* r, const Word* a, std::size_t n) {
+void double_and_add_squares_x86(Limb* r, const Limb* a, std::size_t n) {
   // The carry flag shifts out of the doubling, the overflow flag out of the sum; both of them go on
   // as one number, which joins the next square.
-  Word carry = 0;
+  Limb carry = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    Word low, high, sum;
+    Limb low, high, sum;
     __asm__ volatile(
         "mulx %%rdx, %[low], %[high]\n\t"
         "addq %[carry], %[low]\n\t"
@@ -84,5 +86,7 @@ void double_and_add_squares_x86(Word* r, const Word* a, std::size_t n) {
         : "cc", "memory");
   }
 }
+
+}  // namespace sealwright
 
 #endif
