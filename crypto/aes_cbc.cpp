@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/bytes.h"
 #include "base/wipe.h"
 #include "crypto/aes_processor.h"
 #include "crypto/cpu.h"
@@ -107,21 +108,23 @@ Status ZEB_AES_CBC_EncUpdate(AesCbcContext* context, const std::uint8_t* in, std
     *outLen = 0;
     return ZEB_SUCCESS;
   }
-  const auto tail = static_cast<std::uint32_t>(total % aes_block_length);
-  const auto written = static_cast<std::uint32_t>(total - tail);
+  const auto written = static_cast<std::uint32_t>(total - total % aes_block_length);
   if (is_too_small(*outLen, written)) return ZEB_ERR_NO_ROOM;
 
-  const std::uint8_t* rest = in;
-  if (held != 0) {
-    rest += aes_block_length - held;
-    std::copy(in, rest, context->buffer + held);
+  // The head completes the held block, the body is whole blocks, the tail is held.
+  const ByteView input = {in, inLen};
+  const ByteView head = input.first(held == 0 ? 0 : aes_block_length - held);
+  const ByteView tail = input.last(total % aes_block_length);
+  const ByteView body = input.subspan(head.size(), inLen - head.size() - tail.size());
+  if (!head.empty()) {
+    std::ranges::copy(head, context->buffer + held);
     encrypt_blocks(context->encryption, context->chain, context->buffer, out, 1);
     out += aes_block_length;
   }
-  const std::uint32_t blocks = written / aes_block_length - (held != 0 ? 1 : 0);
-  encrypt_blocks(context->encryption, context->chain, rest, out, blocks);
-  std::copy_n(in + (inLen - tail), tail, context->buffer);
-  context->buffered = tail;
+  encrypt_blocks(context->encryption, context->chain, body.data(), out,
+                 body.size() / aes_block_length);
+  std::ranges::copy(tail, context->buffer);
+  context->buffered = length_of(tail);
   *outLen = written;
   return ZEB_SUCCESS;
 }
@@ -165,7 +168,7 @@ Status ZEB_AES_CBC_DecFinal(AesCbcContext* context, std::uint8_t* out, std::uint
   if (context->buffered != aes_block_length) return ZEB_ERR_HELD_COUNT;
   // In copies, so that a call refused for want of room can be made again.
   std::uint8_t block[aes_block_length];
-  const WipeOnExit wiped(block);
+  const WipeOnExit block_guard(block);
   std::uint8_t chain[aes_block_length];
   std::copy_n(context->buffer, aes_block_length, block);
   std::copy_n(context->chain, aes_block_length, chain);
@@ -211,7 +214,8 @@ std::uint32_t zeb_CheckPadding(const std::uint8_t* block, std::uint32_t blockSiz
                                std::uint32_t rule) {
   if (rule == AES_PADDING_NONE) return 0;
   if (rule != AES_PADDING_COUNT) return ZEB_ERR_PARAMETER;
-  // Quirk: a last byte of 0 passes as no padding; primitives_test depends on it.
+  // Quirk: a last byte of 0 passes as no padding; callers of the library whose messages were never
+  // padded depend on it.
   const std::uint8_t count = block[blockSize - 1];
   if (count > blockSize) return ZEB_ERR_BAD_PADDING;
   const bool uniform = std::all_of(block + (blockSize - count), block + blockSize,

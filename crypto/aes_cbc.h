@@ -68,8 +68,8 @@ Status ZEB_AES_CBC_EncFinal(AesCbcContext* context, std::uint8_t* out, std::uint
 Status ZEB_AES_CBC_DecInit(AesCbcContext* context);
 
 /// Decrypts the whole message in place but for its last 1 to 16 bytes, which are held.
-/// `sameBuffer` is `inOut` once more. The room has to do for what this call writes, which for whole
-/// blocks is a block less than `len`: a caller may state the count that will be reported to it.
+/// `sameBuffer` is `inOut` once more. The room needs to cover what this call reports, `len` less
+/// the bytes held, and not the whole message.
 /// @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_BUFFER_ARRANGEMENT when the buffers differ;
 ///         ZEB_ERR_STATE when bytes are held already; ZEB_ERR_NO_ROOM.
 Status ZEB_AES_CBC_DecUpdate(AesCbcContext* context, std::uint8_t* inOut, std::uint32_t len,

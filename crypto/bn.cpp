@@ -75,8 +75,8 @@ Digit bn_ModD(const Digit* a, std::uint32_t aLen, Digit d) {
 void OS2BN(Digit* r, const std::uint8_t* octets, std::uint32_t octetLen) {
   const std::int64_t digits = (std::int64_t{octetLen} + 3) / 4;
   for (std::int64_t i = 0; i < digits; ++i) {
-    // Quirk: always four octets, so that a ragged length reaches in front of the string; bn_test
-    // depends on it.
+    // Quirk: always four octets, so that a ragged length reaches in front of the string; callers of
+    // the library that convert from the middle of a longer string depend on it.
     r[i] = load_be32(octets + (std::int64_t{octetLen} - 4 * (i + 1)));
   }
 }
@@ -94,7 +94,8 @@ std::int32_t zeb_bn_cmp(const Digit* a, std::uint32_t aLen, const Digit* b, std:
   for (; i > bLen; --i) {
     if (a[i - 1] != 0) return 1;
   }
-  // Quirk: digits of b above a's width are ignored; bn_test depends on it.
+  // Quirk: digits of b above a's width are ignored; callers of the library that compare the low
+  // digits of two numbers depend on it.
   for (; i > 0; --i) {
     if (a[i - 1] != b[i - 1]) return a[i - 1] > b[i - 1] ? 1 : -1;
   }
@@ -152,7 +153,7 @@ std::uint32_t zeb_bn_Div(Digit* q, Digit* r, const Digit* a, std::uint32_t aLen,
   if (n == 0 || bLen > aLen || aLen > bn_scratch_digits) return 1;
 
   Scratch scratch;
-  const WipeOnExit wiped(scratch);
+  const WipeOnExit scratch_guard(scratch);
   Digit* divisor = scratch.divisor;
   Digit* remainder = scratch.remainder;
   const int shift = std::countl_zero(b[n - 1]);

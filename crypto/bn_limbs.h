@@ -4,14 +4,15 @@
 
 #include "crypto/digit.h"
 
-// Modular arithmetic on 64-bit limbs, each carrying two digits: the same schoolbook product and
-// classical reduction as on digits, with twice the radix, and the same results bit for bit. For
-// compilers that have 128-bit integers: guard calls by `if constexpr (has_double_limbs)`.
+// Modular arithmetic on 64-bit limbs of two digits each: the schoolbook product and the classical
+// reduction as they are on digits, in half the steps, with the same results. It is there only where
+// the compiler has 128-bit integers: guard calls by `if constexpr (has_double_limbs)`.
 
 namespace sealwright {
 
-/// Whether the limb path takes a modulus: it is in force, the width is a multiple of eight digits
-/// (at most 64) and the modulus is normalised.
+/// Whether the functions below serve a modulus: limbs are in force, the width is a multiple of
+/// eight digits (at most 64), since a row goes by four limbs, and the top bit of the modulus is
+/// set.
 [[nodiscard]] bool bn_limbs_apply(const Digit* m, std::uint32_t mLen);
 
 /// r = a * b mod m in mLen digits, squaring when `a` and `b` are one pointer. `r` may be `a` or

@@ -84,12 +84,14 @@ void euclid_step(EuclidRow& previous, const EuclidRow& current, EuclidNumbers& n
 }  // namespace
 
 void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint32_t mLen) {
-  // Quirk: equal lengths reduce nothing; bn_test depends on it.
+  // Quirk: equal lengths reduce nothing; callers of the library that reduce a number again and
+  // again depend on it.
   if (mLen == 0 || aLen <= mLen || m[mLen - 1] == 0) return;
   const Digit top = m[mLen - 1];
   for (std::uint32_t j = aLen - mLen; j > 0; --j) {
     Digit* segment = a + (j - 1);
-    // Quirk: cut to 32 bits, not clamped to 0xFFFFFFFF as in zeb_bn_Div; bn_test depends on it.
+    // Quirk: cut to 32 bits, not clamped to 0xFFFFFFFF as in zeb_bn_Div; callers of the library
+    // that compare its digits with those of their device depend on it.
     const Digit trial = DD_Div_D(segment[mLen], segment[mLen - 1], top);
     subtract_multiple(segment, m, mLen, trial);
   }
@@ -98,7 +100,7 @@ void zeb_bn_ClassicalRed(Digit* a, std::uint32_t aLen, const Digit* m, std::uint
 void sealwright::bn_reduce_exactly(Digit* a, std::uint32_t aLen, const Digit* m,
                                    std::uint32_t mLen) {
   Digit untouched[bn_scratch_digits];
-  const WipeOnExit wiped(untouched);
+  const WipeOnExit untouched_guard(untouched);
   zeb_bn_copy(untouched, a, aLen);
   zeb_bn_ClassicalRed(a, aLen, m, mLen);
   // Each step changes the number by a multiple of m, and a step that wraps leaves a digit above
@@ -115,7 +117,7 @@ void zeb_bn_ModMul(Digit* r, const Digit* a, const Digit* b, const Digit* m, std
     if (bn_limbs_apply(m, mLen) && bn_limbs_mod_mul(r, a, b, m, mLen)) return;
   }
   Digit product[bn_scratch_digits];
-  const WipeOnExit wiped(product);
+  const WipeOnExit product_guard(product);
   if (a == b) {
     zeb_bn_Sqr(product, a, mLen);
   } else {
@@ -148,7 +150,7 @@ Status zeb_bn_Euclid(Digit* inv, const Digit* a, const Digit* m, std::uint32_t l
     return ZEB_SUCCESS;
   }
   EuclidNumbers numbers = {};
-  const WipeOnExit wiped(numbers);
+  const WipeOnExit numbers_guard(numbers);
   EuclidRow* previous = &numbers.rows[0];
   EuclidRow* current = &numbers.rows[1];
   zeb_bn_copy(previous->remainder, m, len);

@@ -10,11 +10,13 @@ namespace {
 
 using sealwright::bn_significant_digits;
 
-// Made as products of consecutive primes from 2 to 541 (that of 89 to 113 without 101), cut to
-// their low 32 bits. Four fit; the others are no products of small primes at all.
+// Each entry was to be the product of a run of consecutive primes (2 to 41, 43 to 61, and so on up
+// to 541; 101 is missing), but only its low 32 bits were kept. Four of the products fit; the other
+// entries have factors of their own, which have nothing to do with those primes.
 //
-// Quirk: the values stay as they are, for they decide which numbers are screened; prime_test
-// depends on it.
+// Quirk: the values stay as they are, for they decide which numbers are screened and so which key a
+// state of the generator gives; callers of the library that make keys again from a kept state
+// depend on it.
 // clang-format off
 constexpr Digit SmallPrimes[] = {
     0xC8E15F2A, 0x16FA4227, 0x87B81DA9, 0xDA38C071, 0xFDB17C23, 0xFE5E796B, 0xC7E4CBF5,
@@ -105,10 +107,11 @@ Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count) {
   if (is_one || shares_factor_with_small_primes(number, digit_count)) return ZEB_ERR_FAIL;
 
   Witness witness = {};
-  const WipeOnExit wiped(witness);
+  const WipeOnExit witness_guard(witness);
   decompose(witness, number, digit_count);
   const std::uint32_t rounds = round_count(digit_bits * digit_count);
-  // Quirk: one base more than the rounds say; prime_test depends on it.
+  // Quirk: one base more than the rounds say; callers of the library that make keys again from a
+  // kept state of the generator depend on it.
   for (std::uint32_t round = 0; round <= rounds; ++round) {
     if (!base_passes(witness, number, digit_count)) return ZEB_ERR_FAIL;
   }
@@ -119,8 +122,8 @@ Status ZEB_Gen_Prime(Digit* number, std::uint32_t digit_count) {
   const std::uint32_t attempts = 4 * (40 * digit_count / 3);
   for (std::uint32_t attempt = 0; attempt < attempts; ++attempt) {
     zeb_bn_rand(number, digit_count);
-    // Quirk: not bit 31, so that the prime may be shorter than its digits; prime_test depends on
-    // it.
+    // Quirk: not bit 31, so that the prime may be shorter than its digits; callers of the library
+    // that multiply two of them into a fixed width depend on it.
     number[digit_count - 1] |= gen_prime_top_mask;
     number[0] |= 1;
     if (ZEB_MillerRabin(number, digit_count) == ZEB_SUCCESS) return ZEB_SUCCESS;
@@ -133,7 +136,7 @@ namespace sealwright {
 void draw_as_for_composite(const Digit* number, std::uint32_t digit_count) {
   if (shares_factor_with_small_primes(number, digit_count)) return;
   Digit dropped[bn_max_modulus_digits];
-  const WipeOnExit wiped(dropped);
+  const WipeOnExit dropped_guard(dropped);
   draw_base(dropped, digit_count);
 }
 

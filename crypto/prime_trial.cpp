@@ -43,7 +43,10 @@ constexpr auto primes = [] {
 }();
 static_assert(primes.back() != 0);
 
-/// Consecutive primes whose product fits a unit.
+/// Consecutive primes whose product fits a unit: one long division serves them all, since a prime
+/// that divides the product divides a number exactly if it divides its remainder by the product.
+/// With units of 64 bits the first group is 3 * 5 * ... * 53 = 16294579238595022365. The number
+/// 2^64 + 5 leaves 2152164835114529256 there; 3 divides that, and so the number as well.
 struct Group {
   Unit divisor;     // the product, shifted left until its top bit is set
   Unit reciprocal;  // floor((2^(2 unit_bits) - 1) / divisor) - 2^unit_bits

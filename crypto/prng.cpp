@@ -46,11 +46,11 @@ void stir_noise_file() {
   const int file = open("noise.dat", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return;
   std::uint8_t buffer[noise_buffer_length] = {};
-  const WipeOnExit wiped(buffer);
+  const WipeOnExit buffer_guard(buffer);
   lseek(file, 0, SEEK_SET);
   const off_t size = lseek(file, 0, SEEK_END);
-  // Quirk: the reads start at the file's end, so that its contents never reach the state; prng_test
-  // depends on it.
+  // Quirk: the reads start at the file's end, so that its contents never reach the state; build
+  // scripts that leave a "noise.dat" of anybody's making in place depend on it.
   if (size >= static_cast<off_t>(noise_buffer_length)) {
     [[maybe_unused]] const ssize_t ignored = read(file, buffer, noise_buffer_length);
     stir_bytes(buffer, noise_buffer_length);
@@ -81,14 +81,14 @@ bool read_kernel_random(std::uint8_t* buffer) {
 
 void stir_random_device() {
   std::uint8_t buffer[noise_buffer_length] = {};
-  const WipeOnExit wiped(buffer);
-  // A device that delivers less takes its whole share of the ring.
+  const WipeOnExit buffer_guard(buffer);
+  // The device takes its whole share of the ring even when it delivers less; the rest is zero.
   if (read_random_device(buffer) >= 0) stir_bytes(buffer, noise_buffer_length);
 }
 
 void stir_kernel_random() {
   std::uint8_t buffer[noise_buffer_length];
-  const WipeOnExit wiped(buffer);
+  const WipeOnExit buffer_guard(buffer);
   if (read_kernel_random(buffer)) stir_bytes(buffer, noise_buffer_length);
 }
 
@@ -108,10 +108,11 @@ void stir_library_random() {
   srand(xx);
   ++xx;
   std::uint8_t buffer[noise_buffer_length];
-  const WipeOnExit wiped(buffer);
+  const WipeOnExit buffer_guard(buffer);
   for (std::uint8_t& byte : buffer) {
     byte = static_cast<std::uint8_t>(rand());
-    // Quirk: two of three results are dropped; prng_test depends on it.
+    // Quirk: two of three results are dropped; callers of the library that draw from rand() after
+    // it depend on it.
     rand();
     rand();
   }
@@ -196,6 +197,6 @@ void zeb_GetNoise(std::uint8_t* buffer, std::uint32_t length) {
 
 bool sealwright::random_source_available() {
   std::uint8_t buffer[noise_buffer_length];
-  const WipeOnExit wiped(buffer);
+  const WipeOnExit buffer_guard(buffer);
   return read_kernel_random(buffer) || read_random_device(buffer) >= ssize_t{prng_block_length};
 }

@@ -53,8 +53,8 @@ std::optional<ByteView> unmask(WritableBytes block) {
   if (!has_room(block, 0) || block.back() != trailer) return std::nullopt;
   const WritableBytes data = data_block(block);
   zeb_PKCS1_MGF1_Sha1(data.data(), length_of(data), data.data() + data.size(), hash_length);
-  // Quirk: whether the bit was set is ignored, and so is the length of the salt; rsa_test depends
-  // on signatures of other makers being taken.
+  // Quirk: whether the bit was set is ignored, and so is the length of the salt; files signed by
+  // other makers' tools depend on it.
   block[0] &= static_cast<std::uint8_t>(~top_bit);
   const auto first = std::ranges::find_if(data, [](std::uint8_t byte) { return byte != 0; });
   if (first == data.end() || *first != separator) return std::nullopt;

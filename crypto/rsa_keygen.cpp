@@ -89,16 +89,15 @@ void reduce_private_exponent(Digit* result, const Digit* prime_minus_one, KeyGen
 /// d, dP and dQ from p, q and e.
 void derive_exponents(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits, std::uint32_t half) {
   KeyGenNumbers numbers = {};
-  const WipeOnExit wiped(numbers);
+  const WipeOnExit numbers_guard(numbers);
   zeb_bn_copy(numbers.p_minus_one, key.p, half);
   zeb_bn_copy(numbers.q_minus_one, key.q, half);
   numbers.p_minus_one[0] -= 1;  // both are odd
   numbers.q_minus_one[0] -= 1;
   zeb_bn_Mul(numbers.phi, numbers.p_minus_one, half, numbers.q_minus_one, half);
   key.dWords = digits;
-  // The status can be dropped: a preset prime exponent always has an inverse, and any other is not
-  // checked.
-  zeb_bn_Euclid(key.d, key.e, numbers.phi, digits);
+  // Dropped: a preset prime exponent always has an inverse, and any other is not checked here.
+  static_cast<void>(zeb_bn_Euclid(key.d, key.e, numbers.phi, digits));
   reduce_private_exponent(key.dP, numbers.p_minus_one, numbers, key, half);
   reduce_private_exponent(key.dQ, numbers.q_minus_one, numbers, key, half);
   key.dPWords = half;

@@ -53,7 +53,7 @@ void twenty_rounds(WorkingWords& v, const std::uint32_t* schedule) {
 
 void compress_portable(std::uint32_t* state, const std::uint8_t* data, std::size_t blocks) {
   std::uint32_t w[80];
-  const WipeOnExit wiped(w);  // what is hashed can be a key
+  const WipeOnExit w_guard(w);  // what is hashed can be a key
   for (; blocks > 0; --blocks, data += sha1_block_length) {
     for (std::size_t t = 0; t < 16; ++t) w[t] = load_be32(data + 4 * t);
     for (std::size_t t = 16; t < 80; ++t) {

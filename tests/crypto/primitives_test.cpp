@@ -95,7 +95,7 @@ TEST(Sha1, MatchesOpensslInPiecesOfOddSizes) {
 TEST(Sha1, RefusesANullPointerEvenForNoBytes) {
   ZEB_SHA1 context = {};
   ZEB_SHA1_HMAC hmac = {};
-  EXPECT_EQ(ZEB_SHA1_Update(&context, nullptr, 0), 0xFFFF0010U);
+  EXPECT_EQ(ZEB_SHA1_Update(&context, nullptr, 0), ZEB_ERR_NULL_POINTER);
   EXPECT_EQ(ZEB_SHA1_HMAC_Update(&hmac, nullptr, 0), ZEB_SUCCESS);  // it never reports a failure
 }
 
@@ -173,6 +173,49 @@ TEST(Aes, MatchesOpensslInPiecesUnderBothRules) {
   }
 }
 
+TEST(AesStatus, OfArgumentsThatAreMissing) {
+  const std::uint8_t key[32] = {}, iv[16] = {}, in[16] = {};
+  std::uint8_t out[16];
+  AesKeySchedule schedule;
+  EXPECT_EQ(_AES_KeySchedule(nullptr, 16, &schedule, nullptr), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(_AES_KeySchedule(key, 16, nullptr, &schedule), ZEB_ERR_NULL_POINTER);
+  AesCbcContext c;
+  const auto set = [&](std::uint32_t use, const std::uint8_t* k, std::uint32_t k_length,
+                       const std::uint8_t* v, std::uint32_t v_length) {
+    return ZEB_AES_SetInfo(&c, use, k, k_length, v, v_length, 7, 0);
+  };
+  EXPECT_EQ(ZEB_AES_SetInfo(nullptr, 3, key, 16, iv, 16, 7, 0), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(set(3, key, 20, iv, 16), ZEB_ERR_KEY_LENGTH);
+  EXPECT_EQ(set(3, key, 16, iv, 12), ZEB_ERR_IV_LENGTH);
+  EXPECT_EQ(set(3, key, 0, iv, 16), ZEB_SUCCESS);
+  EXPECT_EQ(ZEB_AES_CBC_EncInit(&c), ZEB_ERR_NO_ENC_KEY);
+  EXPECT_EQ(set(AES_USE_ENCRYPT, key, 32, nullptr, 16), ZEB_SUCCESS);
+  EXPECT_EQ(ZEB_AES_CBC_EncInit(&c), ZEB_ERR_NO_IV);
+  EXPECT_EQ(ZEB_AES_CBC_DecInit(&c), ZEB_ERR_NO_DEC_KEY);
+  EXPECT_EQ(set(AES_USE_KEEP, nullptr, 16, iv, 16), ZEB_SUCCESS);
+  EXPECT_EQ(ZEB_AES_CBC_EncInit(&c), ZEB_SUCCESS);
+  EXPECT_EQ(ZEB_AES_CBC_EncInit(nullptr), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecInit(nullptr), ZEB_ERR_NULL_POINTER);
+  std::uint32_t n = 0;
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(nullptr, in, 16, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, nullptr, 0, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 16, nullptr, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 16, out, nullptr), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, out, 16, out, nullptr), ZEB_ERR_BUFFER_ARRANGEMENT);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(nullptr, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, nullptr, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, nullptr), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &n), ZEB_ERR_PARAMETER);  // padding rule 7
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(nullptr, out, 16, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, nullptr, 16, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, out, 16, nullptr, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, out, 16, out + 1, nullptr), ZEB_ERR_BUFFER_ARRANGEMENT);
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, out, 16, out, nullptr), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecFinal(nullptr, out, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecFinal(&c, nullptr, &n), ZEB_ERR_NULL_POINTER);
+  EXPECT_EQ(ZEB_AES_CBC_DecFinal(&c, out, nullptr), ZEB_ERR_NULL_POINTER);
+}
+
 TEST(AesStatus, OfRoomsAndHeldBytes) {
   AesCbcContext c = make_context(Bytes(16, 1), Bytes(16, 2), AES_PADDING_NONE);
   std::uint8_t in[48] = {}, out[48];
@@ -180,16 +223,16 @@ TEST(AesStatus, OfRoomsAndHeldBytes) {
   EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &count), ZEB_SUCCESS);
   EXPECT_EQ(ZEB_AES_CBC_DecFinal(&c, out, &count), ZEB_SUCCESS);
   EXPECT_EQ(count, 77U);  // nothing to write leaves the count alone
-  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 33, out, &(count = 31)), 0xFFFF0024U);
+  EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 33, out, &(count = 31)), ZEB_ERR_NO_ROOM);
   EXPECT_EQ(ZEB_AES_CBC_EncUpdate(&c, in, 33, out, &(count = 32)), ZEB_SUCCESS);
-  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &count), 0xFFFF0042U);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &count), ZEB_ERR_NOT_WHOLE_BLOCKS);
   ZEB_AES_CBC_DecInit(&c);
-  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 48, in, &(count = 31)), 0xFFFF0024U);
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 48, in, &(count = 31)), ZEB_ERR_NO_ROOM);
   EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 48, in, &(count = 32)), ZEB_SUCCESS);
-  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 16, in, &count), 0xFFFF00FFU);  // one call a message
-  for (const std::size_t ragged : {1, 15, 17, 31}) {
+  EXPECT_EQ(ZEB_AES_CBC_DecUpdate(&c, in, 16, in, &count), ZEB_ERR_STATE);  // one call a message
+  for (const std::size_t ragged : {1U, 15U, 17U, 31U}) {
     Bytes buffer(ragged);
-    EXPECT_EQ(decrypt(c, buffer), 0xFFFF0043U);
+    EXPECT_EQ(decrypt(c, buffer), ZEB_ERR_HELD_COUNT);
   }
 }
 
@@ -197,7 +240,7 @@ TEST(AesStatus, OfPaddingWhichIsCheckedButForZero) {
   AesCbcContext c = make_context(Bytes(16, 1), Bytes(16, 2), AES_PADDING_COUNT);
   std::uint8_t out[16];
   std::uint32_t too_small = 15;
-  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &too_small), 0xFFFF0024U);
+  EXPECT_EQ(ZEB_AES_CBC_EncFinal(&c, out, &too_small), ZEB_ERR_NO_ROOM);
   for (const auto& row : read_vectors("padding")) {
     const std::uint8_t count = row[0][0], times = row[1][0], room = row[2][0];
     const std::uint64_t expected = from_big_endian(row[3]);
