@@ -39,6 +39,14 @@ bool is_of_the_format(const PublicKey& key) {
   return key.regular && key.exponent == facts_of(key.scheme).exponent;
 }
 
+RsaPublicNumbers numbers_of(const PublicKey& key) {
+  return std::visit(
+      [](const auto& stored) {
+        return RsaPublicNumbers{stored.n, stored.e};
+      },
+      key.stored);
+}
+
 bool is_same_key(const PublicKey& a, const PublicKey& b) {
   return a.scheme == b.scheme && std::ranges::equal(bytes_of(a), bytes_of(b));
 }

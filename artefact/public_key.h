@@ -6,6 +6,7 @@
 
 #include "artefact/scheme.h"
 #include "base/bytes.h"
+#include "crypto/pss.h"
 #include "crypto/rsa.h"
 
 namespace sealwright {
@@ -27,6 +28,9 @@ struct PublicKey {
 
 /// Regular, and with the exponent that every key of its scheme is made with.
 [[nodiscard]] bool is_of_the_format(const PublicKey& key);
+
+/// The numbers as the public operation takes them. A view of `key`.
+[[nodiscard]] RsaPublicNumbers numbers_of(const PublicKey& key);
 
 [[nodiscard]] bool is_same_key(const PublicKey& a, const PublicKey& b);
 

@@ -1,6 +1,8 @@
 #include "seal/bl1.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -10,6 +12,7 @@
 #include "artefact/secured_bl1.h"
 #include "crypto/aes.h"
 #include "seal/image_file.h"
+#include "seal/outside_signer.h"
 #include "seal/verbs.h"
 #include "util/build_info.h"
 
@@ -51,6 +54,18 @@ Objection place_code(Bl1& bl1, bool with_build_info) {
   return std::nullopt;
 }
 
+/// Writes the build information after the code. For an image that waited, it has the time of that.
+void write_build_info(Bl1& bl1) {
+  const std::size_t code_length = bl1.code.bytes().size();
+  mk_BL_Info(bl1.image->data() + code_length);
+  const InputFile& waiting = bl1.taken_up.pending;
+  if (!waiting.input || waiting.bytes().size() != bl1.whole().size()) return;
+  BuildInfo waited;
+  std::ranges::copy(waiting.bytes().subspan(code_length, sizeof waited),
+                    writable_view_of(waited).begin());
+  store_le32(bl1.image->data() + code_length + offsetof(BuildInfo, build_time), waited.build_time);
+}
+
 /// Whether the finished image is one that a device with these fuses boots, running this very code.
 /// `code_sha1` becomes that of the code as it was opened again.
 bool prove(std::string& code_sha1, Bl1& bl1) {
@@ -65,6 +80,15 @@ bool prove(std::string& code_sha1, Bl1& bl1) {
   return opened.state == CodeState::opened && opened.is_expected;
 }
 
+/// What is known of an image before it is signed.
+void describe(Result& result, const Bl1& bl1) {
+  result.made = bl1.task.makes;
+  result.scheme = facts_of(bl1.task.key.scheme).name;
+  result.root_key = key_sha1(bl1.root.key);
+  result.stage2_key = key_sha1(bl1.stage2.key);
+  result.signed_digest = to_hex(bl1.task.digest);
+}
+
 }  // namespace
 
 Objection assemble_bl1(Bl1& bl1, const Options& options, PrivateHalf private_half) {
@@ -75,8 +99,9 @@ Objection assemble_bl1(Bl1& bl1, const Options& options, PrivateHalf private_hal
   if (auto objection = read_input(bl1.code, options.names[0])) return objection;
   if (auto objection = check_code(bl1, options.build_info)) return objection;
   if (auto objection =
-          check_output(options.names[1], {&bl1.stage2.file, &bl1.root.public_file, &bl1.root.efuse,
-                                          &bl1.root.private_file.file, &bl1.code})) {
+          check_outputs(options.names[1], options,
+                        {&bl1.stage2.file, &bl1.root.public_file, &bl1.root.efuse,
+                         &bl1.root.private_file.file, &bl1.code, &bl1.taken_up.signature})) {
     return objection;
   }
   bl1.context = assemble_context(bl1.root.info, bl1.stage2.key);
@@ -85,7 +110,7 @@ Objection assemble_bl1(Bl1& bl1, const Options& options, PrivateHalf private_hal
   if (!seal_code(bl1.sealed().first(code_length), bl1.context, bl1.root.efuse.bytes())) {
     return give_up(bl1.code.name, "encrypting it failed: not enough memory, or a faulty machine");
   }
-  if (options.build_info) mk_BL_Info(bl1.sealed().subspan(code_length).data());
+  if (options.build_info) write_build_info(bl1);
   bl1.task = {"bl1", bl1.root.key, digest_of(bl1.context, bl1.sealed())};
   return std::nullopt;
 }
@@ -96,33 +121,41 @@ Objection finish_bl1(Result& result, Bl1& bl1, const Signature& signature, const
   if (!prove(code_sha1, bl1)) {
     return refuse(options.names[1], "not written: the sealed image fails the device's own check");
   }
-  const SchemeFacts& scheme = facts_of(bl1.task.key.scheme);
+  const char* scheme = facts_of(bl1.task.key.scheme).name;
   const ByteView image = bl1.whole();
   if (auto objection = write_image(options.names[1], {image})) return objection;
-  result.made = "bl1";
-  result.scheme = scheme.name;
   result.files = {{options.names[1], image.size(), sha1_hex(image),
-                   std::string("secured BL1 of scheme ") + scheme.name + ", " +
+                   std::string("secured BL1 of scheme ") + scheme + ", " +
                        std::to_string(image.size()) + " bytes; a device fused with " +
                        show_name(bl1.root.efuse.name) + " boots it"}};
-  result.root_key = key_sha1(bl1.root.key);
-  result.stage2_key = key_sha1(bl1.stage2.key);
   result.code_sha1 = std::move(code_sha1);
-  result.signed_digest = to_hex(bl1.task.digest);
   return std::nullopt;
 }
 
 Objection make_bl1(Result& result, const Options& options) {
   if (auto objection = require_random_source()) return objection;
+  const char* name = options.names[1];
   Bl1 bl1;
-  if (auto objection = assemble_bl1(bl1, options, PrivateHalf::needed)) return objection;
-  const PrivateFile& root = bl1.root.private_file;
+  if (auto objection = read_taken_up(bl1.taken_up, options, name)) return objection;
+  const bool elsewhere = is_signed_elsewhere(options);
+  const PrivateHalf private_half = elsewhere ? PrivateHalf::elsewhere : PrivateHalf::needed;
+  if (auto objection = assemble_bl1(bl1, options, private_half)) return objection;
+  describe(result, bl1);
+  const std::array<ByteView, 2> pieces = {bl1.sealed(), view_of_context(bl1.context)};
+  if (options.prepare) {
+    result.code_sha1 = sha1_hex(bl1.code.bytes());
+    return write_pending(result, name, pieces, bl1.task, options);
+  }
+  const std::array<KeyCandidate, 2> keys = {
+      {{bl1.root.public_file.name, bl1.root.key}, {bl1.stage2.file.name, bl1.stage2.key}}};
   Signature signature;
-  if (auto objection =
-          obtain_signature(signature, key_signer(root.key, root.file.name), bl1.task)) {
+  if (auto objection = sign_image(signature, result, options, bl1.taken_up,
+                                  {bl1.task, pieces, bl1.root.private_file, keys})) {
     return objection;
   }
-  return finish_bl1(result, bl1, signature, options);
+  if (auto objection = finish_bl1(result, bl1, signature, options)) return objection;
+  if (bl1.taken_up.pending.input) remove_pending(name);
+  return std::nullopt;
 }
 
 }  // namespace sealwright

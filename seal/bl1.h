@@ -4,6 +4,7 @@
 
 #include "seal/boot_image.h"
 #include "seal/options.h"
+#include "seal/pending.h"
 #include "seal/root_set.h"
 #include "seal/signer.h"
 #include "util/large_buffer.h"
@@ -20,6 +21,7 @@ struct Bl1 {
   std::optional<LargeBuffer> image;  // what is sealed, and room for the context
   std::size_t sealed_length = 0;     // code and build information
   BootContext context;
+  TakenUp taken_up;       // where it waited for its signature
   SigningTask task = {};  // for the root key
 
   [[nodiscard]] WritableBytes sealed() { return {image->data(), sealed_length}; }

@@ -1,5 +1,6 @@
 #include "seal/bl2.h"
 
+#include <array>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -7,6 +8,7 @@
 #include "artefact/escape.h"
 #include "artefact/key_encoding.h"
 #include "seal/image_file.h"
+#include "seal/outside_signer.h"
 #include "seal/verbs.h"
 
 namespace sealwright {
@@ -32,6 +34,15 @@ Objection read_private_key(Bl2& bl2, const Options& options) {
                            bl2.stage2.file.name);
 }
 
+/// What is known of an image before it is signed.
+void describe(Result& result, const Bl2& bl2) {
+  result.made = bl2.task.makes;
+  result.scheme = facts_of(bl2.task.key.scheme).name;
+  result.stage2_key = key_sha1(bl2.task.key);
+  result.code_sha1 = to_hex(bl2.task.digest);
+  result.signed_digest = result.code_sha1;
+}
+
 }  // namespace
 
 Objection assemble_bl2(Bl2& bl2, const Options& options, PrivateHalf private_half) {
@@ -40,8 +51,9 @@ Objection assemble_bl2(Bl2& bl2, const Options& options, PrivateHalf private_hal
     if (auto objection = read_private_key(bl2, options)) return objection;
   }
   if (auto objection = read_input(bl2.code, options.names[0])) return objection;
-  if (auto objection =
-          check_output(options.names[1], {&bl2.stage2.file, &bl2.private_file.file, &bl2.code})) {
+  if (auto objection = check_outputs(
+          options.names[1], options,
+          {&bl2.stage2.file, &bl2.private_file.file, &bl2.code, &bl2.taken_up.signature})) {
     return objection;
   }
   const PublicKey& key = bl2.stage2.key;
@@ -63,29 +75,35 @@ Objection finish_bl2(Result& result, Bl2& bl2, const Signature& signature, const
                             show_name(bl2.stage2.file.name));
   }
   if (auto objection = write_image(name, {bl2.code.bytes(), signature.bytes()})) return objection;
-  result.made = "bl2";
-  result.scheme = scheme.name;
   result.files = {{name, size, to_hex(digest_before(*bl2.scan, 0, signature.bytes())),
                    std::string("secured BL2 of scheme ") + scheme.name + ", " +
                        std::to_string(size) + " bytes; a BL1 sealed with " +
                        show_name(bl2.stage2.file.name) + " starts it"}};
-  result.stage2_key = key_sha1(bl2.task.key);
-  result.code_sha1 = to_hex(bl2.task.digest);
-  result.signed_digest = result.code_sha1;
   return std::nullopt;
 }
 
 Objection make_bl2(Result& result, const Options& options) {
   if (auto objection = require_random_source()) return objection;
+  const char* name = options.names[1];
   Bl2 bl2;
-  if (auto objection = assemble_bl2(bl2, options, PrivateHalf::needed)) return objection;
-  const PrivateFile& file = bl2.private_file;
+  if (auto objection = read_taken_up(bl2.taken_up, options, name)) return objection;
+  const bool elsewhere = is_signed_elsewhere(options);
+  const PrivateHalf private_half = elsewhere ? PrivateHalf::elsewhere : PrivateHalf::needed;
+  if (auto objection = assemble_bl2(bl2, options, private_half)) return objection;
+  describe(result, bl2);
+  constexpr std::array<std::uint8_t, signature_bytes_2048> zeros = {};
+  const std::array<ByteView, 2> pieces = {bl2.code.bytes(),
+                                          ByteView(zeros).first(bl2.task.key.modulus.size())};
+  if (options.prepare) return write_pending(result, name, pieces, bl2.task, options);
+  const KeyCandidate key = {bl2.stage2.file.name, bl2.stage2.key};
   Signature signature;
-  if (auto objection =
-          obtain_signature(signature, key_signer(file.key, file.file.name), bl2.task)) {
+  if (auto objection = sign_image(signature, result, options, bl2.taken_up,
+                                  {bl2.task, pieces, bl2.private_file, {&key, 1}})) {
     return objection;
   }
-  return finish_bl2(result, bl2, signature, options);
+  if (auto objection = finish_bl2(result, bl2, signature, options)) return objection;
+  if (bl2.taken_up.pending.input) remove_pending(name);
+  return std::nullopt;
 }
 
 }  // namespace sealwright

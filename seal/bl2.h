@@ -3,6 +3,7 @@
 #include "artefact/file_scan.h"
 #include "seal/key_inputs.h"
 #include "seal/options.h"
+#include "seal/pending.h"
 #include "seal/signer.h"
 
 // The steps of "bl2": assemble, sign, finish.
@@ -16,6 +17,7 @@ struct Bl2 {
   InputFile code;
   std::optional<FileScan> scan;  // of the code
   SigningTask task = {};         // for the stage-2 key
+  TakenUp taken_up;              // where it waited for its signature
 };
 
 /// Reads and checks everything.

@@ -58,14 +58,6 @@ std::vector<Reading> read_all_ways(ByteView given, std::size_t length) {
   return readings;
 }
 
-RsaPublicNumbers numbers_of(const PublicKey& key) {
-  return std::visit(
-      [](const auto& stored) {
-        return RsaPublicNumbers{stored.n, stored.e};
-      },
-      key.stored);
-}
-
 Digest sha1_of(ByteView bytes) {
   Digest digest = {};
   sealwright::sha1(digest.data(), {bytes});

@@ -23,7 +23,7 @@ constexpr char general[] =
     "  export-key  a private key in the form that tokens and vaults import\n"
     "\n"
     "  --json      one JSON object on one line, for programs and logs\n"
-    "  --help      after a command: more about it\n"
+    "  --help      after a command: more about it, and about keys that are elsewhere\n"
     "\n"
     "Exit status: 0 made and proved; 1 refused: something does not fit or exists already;\n"
     "2 wrong usage, or a file that cannot be read or written.\n";
@@ -86,13 +86,31 @@ constexpr char export_key[] =
     "\n"
     "Example, with a pass phrase and no plain file on the disk:\n"
     "  Sealwright_seal export-key keys/privateKey_V21.dat - | openssl pkcs8 -topk8 -out root.pem\n";
+constexpr char elsewhere[] =
+    "\n"
+    "A private key that is not here, but in a token, on a signing host or in another room:\n"
+    "  -- PROGRAM [ARGUMENT...]  PROGRAM signs: it gets a SHA-1 digest of 20 bytes on standard\n"
+    "                            input and writes the signature (RSASSA-PSS, SHA-1, MGF1-SHA-1,\n"
+    "                            salt of 20 bytes; big-endian) to standard output, no more\n"
+    "  --prepare                 writes what is to be made as OUT.pending and the digest as\n"
+    "                            OUT.digest, beside OUT (or the public-key file)\n"
+    "  --signature FILE          the same command later: FILE is the signature of that digest\n"
+    "  --padded                  hands out the encoded block instead (256 or 128 bytes, as\n"
+    "                            OUT.block), for signers that do the bare RSA operation\n";
+constexpr char public_key[] =
+    "  --public-key FILE         the key, as PEM \"PUBLIC KEY\" or \"RSA PUBLIC KEY\" or DER;\n"
+    "                            no private-key file is made\n";
 // clang-format on
 
 }  // namespace
 
-const char* help_text(Verb verb) {
+std::string help_text(Verb verb) {
   constexpr const char* texts[] = {general, root_key, stage2_key, bl1, bl2, export_key};
-  return texts[static_cast<std::size_t>(verb)];
+  std::string text = texts[static_cast<std::size_t>(verb)];
+  const bool makes_key = verb == Verb::root_key || verb == Verb::stage2_key;
+  if (makes_key || verb == Verb::bl1 || verb == Verb::bl2) text += elsewhere;
+  if (makes_key) text += public_key;
+  return text;
 }
 
 }  // namespace sealwright

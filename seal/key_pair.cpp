@@ -21,12 +21,6 @@ namespace sealwright {
 
 namespace {
 
-constexpr char never_replaced[] = "exists already; a key is never replaced";
-
-Scheme scheme_of(const Options& options) {
-  return std::string_view(options.scheme) == "1.1" ? Scheme::sb10 : Scheme::sb20;
-}
-
 struct FolderCloser {
   void operator()(DIR* folder) const { closedir(folder); }
 };
@@ -69,15 +63,7 @@ std::string in_words(const char* what, std::size_t size, const char* advice) {
   return std::string(what) + ", " + std::to_string(size) + " bytes" + advice;
 }
 
-/// What is said of the files, and what of them may be known.
-MadeFile made_public(const KeyPair& pair, std::string name) {
-  const ByteView bytes = pair.public_file.bytes();
-  const bool is_root = pair.role == KeyRole::root;
-  const std::string words =
-      in_words(is_root ? "public root key" : "public stage-2 key", bytes.size(), "; key SHA-1 ") +
-      key_sha1(pair.task.key);
-  return {std::move(name), bytes.size(), sha1_hex(bytes), words};
-}
+/// As made_public.
 MadeFile made_private(const KeyPair& pair, std::string name) {
   const std::size_t size = pair.private_file.length;
   const bool is_root = pair.role == KeyRole::root;
@@ -85,19 +71,11 @@ MadeFile made_private(const KeyPair& pair, std::string name) {
           is_root ? in_words("private root key", size, "; back it up and show it to nobody")
                   : in_words("private stage-2 key", size, "; keep it secret")};
 }
-MadeFile made_efuse(const KeyPair& pair, std::string name) {
-  const std::size_t size = pair.public_file.efuse_length;
-  return {std::move(name), size, "", in_words("eFuse data", size, ", for the fuses of devices")};
-}
-
 Objection publish_root_set(Result& result, const KeyPair& pair, const char* folder_name) {
-  const bool sb20 = pair.task.key.scheme == Scheme::sb20;
   const KeyNames& names = key_names(pair.task.key.scheme);
   NewFolder folder;
   folder.create(folder_name);
-  // The eFuse data of scheme 2.1 decrypts BL1.
-  folder.add(names.efuse, pair.public_file.efuse(),
-             sb20 ? FileAccess::owner_only : FileAccess::by_umask);
+  folder.add(names.efuse, pair.public_file.efuse(), efuse_access(pair.task.key.scheme));
   folder.add(names.root_public, pair.public_file.bytes(), FileAccess::by_umask);
   if (pair.private_file.length != 0) {
     folder.add(names.root_private, pair.private_file.bytes(), FileAccess::owner_only);
@@ -139,6 +117,7 @@ Objection publish_pair(Result& result, const KeyPair& pair, const std::string& s
 }
 
 Objection make_key(Result& result, const Options& options, KeyRole role) {
+  if (is_signed_elsewhere(options)) return make_key_elsewhere(result, options, role);
   if (auto objection = check_key_names(options, role)) return objection;
   if (auto objection = require_random_source()) return objection;
   KeyPair pair;
@@ -153,6 +132,28 @@ Objection make_key(Result& result, const Options& options, KeyRole role) {
 }
 
 }  // namespace
+
+Scheme scheme_of(const Options& options) {
+  return std::string_view(options.scheme) == "1.1" ? Scheme::sb10 : Scheme::sb20;
+}
+
+FileAccess efuse_access(Scheme scheme) {
+  return scheme == Scheme::sb20 ? FileAccess::owner_only : FileAccess::by_umask;
+}
+
+MadeFile made_public(const KeyPair& pair, std::string name) {
+  const ByteView bytes = pair.public_file.bytes();
+  const bool is_root = pair.role == KeyRole::root;
+  const std::string words =
+      in_words(is_root ? "public root key" : "public stage-2 key", bytes.size(), "; key SHA-1 ") +
+      key_sha1(pair.task.key);
+  return {std::move(name), bytes.size(), sha1_hex(bytes), words};
+}
+
+MadeFile made_efuse(const KeyPair& pair, std::string name) {
+  const std::size_t size = pair.public_file.efuse_length;
+  return {std::move(name), size, "", in_words("eFuse data", size, ", for the fuses of devices")};
+}
 
 Objection check_key_names(const Options& options, KeyRole role) {
   const char* name = options.names[0];
@@ -174,20 +175,27 @@ Objection assemble_key_pair(KeyPair& pair, const PublicKey& key, KeyRole role) {
   return std::nullopt;
 }
 
-Objection finish_key_pair(Result& result, KeyPair& pair, const Signature& proof,
-                          const Options& options) {
-  const bool is_root = pair.role == KeyRole::root;
-  const char* name = options.names[0];
-  attach_proof(pair.public_file, proof.bytes());
-  if (!record_holds(pair.public_file, pair.task.key)) {
-    return refuse(name, "not written: the new public-key file fails its check");
-  }
+void describe(Result& result, const KeyPair& pair) {
   result.made = pair.task.makes;
   result.scheme = facts_of(pair.task.key.scheme).name;
   result.key = key_sha1(pair.task.key);
-  (is_root ? result.root_key : result.stage2_key) = result.key;
+  (pair.role == KeyRole::root ? result.root_key : result.stage2_key) = result.key;
   result.signed_digest = to_hex(pair.task.digest);
-  return is_root ? publish_root_set(result, pair, name) : publish_pair(result, pair, name);
+}
+
+Objection attach_and_check(KeyPair& pair, const Signature& proof, const char* name) {
+  attach_proof(pair.public_file, proof.bytes());
+  if (record_holds(pair.public_file, pair.task.key)) return std::nullopt;
+  return refuse(name, "not written: the new public-key file fails its check");
+}
+
+Objection finish_key_pair(Result& result, KeyPair& pair, const Signature& proof,
+                          const Options& options) {
+  const char* name = options.names[0];
+  if (auto objection = attach_and_check(pair, proof, name)) return objection;
+  describe(result, pair);
+  return pair.role == KeyRole::root ? publish_root_set(result, pair, name)
+                                    : publish_pair(result, pair, name);
 }
 
 Objection make_root_key(Result& result, const Options& options) {

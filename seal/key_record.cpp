@@ -82,6 +82,20 @@ bool assemble_public_record(PublicRecord& record, const PublicKey& key, KeyRole 
   return bound;
 }
 
+void adopt_binding(PublicRecord& record, ByteView assembled, ByteView efuse) {
+  if (assembled.size() != record.bytes().size()) return;
+  std::visit(
+      [&](auto& file) {
+        if constexpr (requires { file.publicKeyInfo; }) {
+          auto& info = file.publicKeyInfo;
+          const ByteView hmac = assembled.first(sizeof info).last(sizeof info.hmac);
+          std::ranges::copy(hmac, info.hmac);
+        }
+      },
+      record.file);
+  if (efuse.size() == record.efuse_length) std::ranges::copy(efuse, record.efuse_room.begin());
+}
+
 Digest digest_of(const PublicRecord& record) {
   Digest digest = {};
   if (const auto* sb20 = std::get_if<Sb20PublicKeyFile>(&record.file)) {

@@ -38,6 +38,10 @@ struct PublicRecord {
 /// @return false where no HMAC key could be drawn.
 [[nodiscard]] bool assemble_public_record(PublicRecord& record, const PublicKey& key, KeyRole role);
 
+/// Takes the binding to eFuse data from a record that was assembled before: its HMAC, and the data,
+/// of which a stage-2 key has none. A record of another size is ignored.
+void adopt_binding(PublicRecord& record, ByteView assembled, ByteView efuse);
+
 /// What the key signs to prove possession.
 [[nodiscard]] Digest digest_of(const PublicRecord& record);
 

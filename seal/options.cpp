@@ -1,9 +1,11 @@
 #include "seal/options.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "artefact/escape.h"
 
@@ -37,12 +39,19 @@ const VerbRow verb_rows[] = {
     {"export-key", Verb::export_key, 2, "FILE OUT.pem", {nullptr, nullptr}},
 };
 const OptionRow option_rows[] = {
-    {"--json",        {},                                &Options::json,       nullptr},
-    {"--scheme",      {Verb::root_key, Verb::stage2_key}, nullptr,             &Options::scheme},
-    {"--build-info",  {Verb::bl1},                       &Options::build_info, nullptr},
-    {"--root",        {Verb::bl1},                       nullptr,              &Options::root},
-    {"--stage2-key",  {Verb::bl1, Verb::bl2},            nullptr,              &Options::stage2_key},
-    {"--private-key", {Verb::bl2},                       nullptr,              &Options::private_key},
+    {"--json",        {},                                 &Options::json,       nullptr},
+    {"--scheme",      {Verb::root_key, Verb::stage2_key}, nullptr,              &Options::scheme},
+    {"--build-info",  {Verb::bl1},                        &Options::build_info, nullptr},
+    {"--root",        {Verb::bl1},                        nullptr,              &Options::root},
+    {"--stage2-key",  {Verb::bl1, Verb::bl2},             nullptr,              &Options::stage2_key},
+    {"--private-key", {Verb::bl2},                        nullptr,              &Options::private_key},
+    {"--public-key",  {Verb::root_key, Verb::stage2_key}, nullptr,              &Options::public_key},
+    {"--padded",      {Verb::root_key, Verb::stage2_key, Verb::bl1, Verb::bl2},
+                                                          &Options::padded,     nullptr},
+    {"--prepare",     {Verb::root_key, Verb::stage2_key, Verb::bl1, Verb::bl2},
+                                                          &Options::prepare,    nullptr},
+    {"--signature",   {Verb::root_key, Verb::stage2_key, Verb::bl1, Verb::bl2},
+                                                          nullptr,              &Options::signature},
 };
 // clang-format on
 
@@ -70,6 +79,7 @@ struct Reading {
   Options options;
   std::vector<const OptionRow*> given;
   std::span<char* const> rest;
+  bool has_program = false;
 };
 
 /// Takes one option, in one word with its value or in two. @return why it cannot; empty if it can.
@@ -97,6 +107,26 @@ std::string take_option(Reading& reading, const char* argument) {
   return "";
 }
 
+/// Whether what was said of who signs goes together. @return why it does not; empty if it does.
+std::string find_signing_misfit(const Reading& reading) {
+  const Options& options = reading.options;
+  const bool makes_key = options.verb == Verb::root_key || options.verb == Verb::stage2_key;
+  const bool by_program = reading.has_program;
+  if (by_program && options.program.empty()) return "-- comes before a PROGRAM that signs";
+  if (by_program && options.verb == Verb::export_key) return "export-key takes no PROGRAM";
+  const auto ways = std::ranges::count(
+      std::array{by_program, options.prepare, options.signature != nullptr}, true);
+  if (ways > 1) return "--prepare, --signature FILE and -- PROGRAM exclude each other";
+  const bool has_key = options.public_key != nullptr;
+  if (ways == 0) {
+    const char* idle = options.padded ? "--padded" : has_key ? "--public-key" : nullptr;
+    if (idle == nullptr) return "";
+    return std::string(idle) + " needs one of --prepare, --signature FILE and -- PROGRAM";
+  }
+  if (makes_key && !has_key) return "a key that is elsewhere needs --public-key FILE";
+  return options.private_key == nullptr ? "" : "--private-key is for a key that signs here";
+}
+
 /// Whether what was given goes with the verb. @return why it does not; empty if it does.
 std::string find_misfit(const Reading& reading) {
   const Options& options = reading.options;
@@ -118,10 +148,14 @@ std::string find_misfit(const Reading& reading) {
   if (scheme != "2.1" && scheme != "1.1") return "--scheme is 2.1 or 1.1";
   const bool to_output = verb.verb == Verb::export_key && options.names[1] == std::string_view("-");
   if (to_output && options.json) return "the key and --json cannot both go to standard output";
-  return "";
+  return find_signing_misfit(reading);
 }
 
 }  // namespace
+
+bool is_signed_elsewhere(const Options& options) {
+  return options.prepare || options.signature != nullptr || !options.program.empty();
+}
 
 Options read_options(std::span<char* const> arguments) {
   Reading reading = {{}, {}, arguments};
@@ -134,7 +168,10 @@ Options read_options(std::span<char* const> arguments) {
       options.request = word == "--help" ? Request::help : Request::version;
       return options;
     }
-    if (word.size() > 1 && word[0] == '-') {
+    if (word == "--") {
+      reading.has_program = true;
+      options.program = std::exchange(reading.rest, {});
+    } else if (word.size() > 1 && word[0] == '-') {
       const std::string misuse = take_option(reading, argument);
       if (!misuse.empty()) return refuse(options, misuse);
     } else if (options.verb != Verb::none) {

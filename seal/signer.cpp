@@ -15,14 +15,6 @@ ByteView stored_key(const PublicKey& key) {
   return std::visit([](const auto& stored) { return view_of(stored); }, key.stored);
 }
 
-RsaPublicNumbers numbers_of(const PublicKey& key) {
-  return std::visit(
-      [](const auto& stored) {
-        return RsaPublicNumbers{stored.n, stored.e};
-      },
-      key.stored);
-}
-
 }  // namespace
 
 Signer key_signer(const PrivateKey& key, std::string file) {
