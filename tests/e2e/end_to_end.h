@@ -33,46 +33,26 @@ struct Scheme {
   std::size_t key_length() const { return is_v11() ? 132 : 268; }
 };
 
+// clang-format off
 inline const Scheme v21 = {
-    .name = "V21",
-    .option = "-v2.1",
-    .length = 256,
-    .root_info = "publicKeyInfo_V21.dat",
-    .root_private = "privateKey_V21.dat",
-    .efuse = "eFuseData_V21.dat",
-    .stage2_public = "publicKeyInfo_V21_stage2.dat",
-    .public_suffix = "_V21.spk",
-    .private_suffix = "_V21.prv",
-    .efuse_length = 20,
+    .name = "V21", .option = "-v2.1", .length = 256,
+    .root_info = "publicKeyInfo_V21.dat", .root_private = "privateKey_V21.dat",
+    .efuse = "eFuseData_V21.dat", .stage2_public = "publicKeyInfo_V21_stage2.dat",
+    .public_suffix = "_V21.spk", .private_suffix = "_V21.prv", .efuse_length = 20,
     .root = {.n = 4, .e = 264, .proven = 0, .proven_end = 288, .proof = 292},
     .stage2 = {.n = 4, .e = 264, .proven = 0, .proven_end = 288, .proof = 292},
-    .context_length = 1024,
-    .context_signature = 272,
-    .context_info = 528,
-    .uncovered = 816,
-    .block = 16,
-    .key_file_mode = 2,
-};
+    .context_length = 1024, .context_signature = 272, .context_info = 528, .uncovered = 816,
+    .block = 16, .key_file_mode = 2};
 inline const Scheme v11 = {
-    .name = "V11",
-    .option = "-v1.1",
-    .length = 128,
-    .root_info = "publicKeyInfo.dat",
-    .root_private = "privateKey.dat",
-    .efuse = "eFuseData.dat",
-    .stage2_public = "stage2_key.spk",
-    .public_suffix = ".spk",
-    .private_suffix = ".prv",
-    .efuse_length = 16,
+    .name = "V11", .option = "-v1.1", .length = 128,
+    .root_info = "publicKeyInfo.dat", .root_private = "privateKey.dat",
+    .efuse = "eFuseData.dat", .stage2_public = "stage2_key.spk",
+    .public_suffix = ".spk", .private_suffix = ".prv", .efuse_length = 16,
     .root = {.n = 0, .e = 128, .proven = 0, .proven_end = 152, .proof = 152},
     .stage2 = {.n = 40, .e = 172, .proven = 36, .proven_end = 176, .proof = 180},
-    .context_length = 512,
-    .context_signature = 132,
-    .context_info = 260,
-    .uncovered = 412,
-    .block = 1,
-    .key_file_mode = 1,
-};
+    .context_length = 512, .context_signature = 132, .context_info = 260, .uncovered = 412,
+    .block = 1, .key_file_mode = 1};
+// clang-format on
 
 /// A program of this build, or of another machine's where a variable says so.
 inline std::string tool(const char* variable, const char* built) {

@@ -14,16 +14,37 @@ int status_of(const std::string& word) {
   return word == "abort" ? -SIGABRT : std::stoi(word);
 }
 
-/// The rows that a row with lists in it, such as "a 1,2", stands for.
-std::vector<std::string> expand(const std::string& row) {
-  const std::size_t comma = row.substr(0, row.find('#')).find(',');
-  if (comma == std::string::npos) return {row};
-  const std::size_t from = row.rfind(' ', comma) + 1, to = row.find(' ', comma);
-  std::istringstream list(row.substr(from, to - from));
-  std::vector<std::string> rows;
-  for (std::string item; std::getline(list, item, ',');) {
-    std::ranges::copy(expand(row.substr(0, from) + item + row.substr(to)),
-                      std::back_inserter(rows));
+/// A row of bad_input.txt, by the names of its columns.
+using Row = std::map<std::string, std::string>;
+
+/// The rows that a row with lists, such as "1,2", stands for.
+std::vector<Row> expand(const Row& row) {
+  const auto list = std::ranges::find_if(row, [](const auto& field) {
+    return field.first != "part" && field.second.find(',') != std::string::npos;
+  });
+  if (list == row.end()) return {row};
+  std::vector<Row> rows;
+  std::istringstream items(list->second);
+  Row one = row;
+  while (std::getline(items, one[list->first], ',')) {
+    std::ranges::copy(expand(one), std::back_inserter(rows));
+  }
+  return rows;
+}
+
+std::vector<Row> read_bad_input() {
+  std::ifstream file(TEST_DATA "/bad_input.txt");
+  std::vector<std::string> columns;
+  std::vector<Row> rows;
+  for (std::string text; std::getline(file, text);) {
+    std::istringstream words(text);
+    if (text.starts_with("scheme")) {
+      columns.assign(std::istream_iterator<std::string>(words), {});
+    } else if (!text.empty() && text[0] != '#') {
+      Row row;
+      for (const std::string& column : columns) words >> row[column];
+      std::ranges::copy(expand(row), std::back_inserter(rows));
+    }
   }
   return rows;
 }
@@ -54,48 +75,82 @@ class Input : public EndToEnd {
     if (encrypted) do_PrivateKey_Encrypt(s.key_file_mode, bytes.data(), length_of(bytes));
     write_bytes(name, bytes);
   }
-  /// Damages a file in one of the ways of bad_input.txt.
-  void damage_file(const std::string& name, std::string how, std::uint32_t place,
-                   std::uint32_t value) const {
-    const bool encrypted = how.starts_with("key-");
-    if (encrypted) how.erase(0, 4);
+  /// Damages a file in the way that a row of bad_input.txt says.
+  void damage_file(const std::string& name, const Row& row) const {
+    const bool encrypted = row.contains("key_bit") || row.contains("key_word");
+    const auto number = [&](const std::string& column) {
+      return static_cast<std::uint32_t>(std::stoul(row.at(column), nullptr, 0));
+    };
+    const std::string instead = row.contains("instead") ? row.at("instead") : "";
     edit(name, encrypted, [&](Bytes& bytes) {
-      if (how == "size") bytes.resize(value);
-      if (how == "bit") bytes.at(place) ^= 0x80;
-      if (how == "word") store_le32(&bytes.at(place), value);
-      if (how == "noise") bytes = some_bytes(bytes.size());
-      if (how == "other") bytes = device(1).at(name);
+      if (row.contains("size")) bytes.resize(number("size"));
+      for (const std::string key : {"", "key_"}) {
+        if (row.contains(key + "bit")) bytes.at(number(key + "bit")) ^= 0x80;
+        if (!row.contains(key + "word")) continue;
+        store_le32(&bytes.at(number(key + "word")), number("value"));
+      }
+      if (instead == "noise") bytes = some_bytes(bytes.size());
+      if (instead == "other") bytes = device(1).at(name);
     });
-    if (how == "gone" || how == "directory" || how == "pipe") std::filesystem::remove(name);
-    if (how == "directory") std::filesystem::create_directory(name);
-    require(how != "pipe" || mkfifo(name.c_str(), 0600) == 0, "no pipe");
+    if (instead == "nothing" || instead == "directory" || instead == "pipe") {
+      std::filesystem::remove(name);
+    }
+    if (instead == "directory") std::filesystem::create_directory(name);
+    require(instead != "pipe" || mkfifo(name.c_str(), 0600) == 0, "no pipe");
+  }
+
+  /// What a verification goes by in a file, at least.
+  Bytes relied_on(const std::string& name, Bytes bytes) const {
+    if (name == "sealed1" || name == "sealed_p") {
+      bytes.resize(std::max(bytes.size(), s.context_length) - s.context_length + s.uncovered);
+    }
+    if (name == s.efuse) bytes.resize(s.efuse_length);
+    if (name != public_key) return bytes;
+    bytes.resize(s.stage2.proof);
+    return joined(slice(bytes, s.stage2.n, s.length), slice(bytes, s.stage2.e, 4));
+  }
+  bool says(const Outcome& outcome, const std::string& text) const {
+    return outcome.output == text_file("banner_" + s.name) + text;
+  }
+  /// A refusal: with a line that there is for it, or an abort in silence; no file has changed.
+  void expect_refused(const Outcome& outcome, int stage, const Files& before) const {
+    const bool aborted = outcome.status == -SIGABRT;
+    EXPECT_TRUE(says(outcome, "") || (!aborted && (says(outcome, line("popp")) ||
+                                                   says(outcome, line("not_signed", stage)) ||
+                                                   says(outcome, line("refused", stage)))));
+    EXPECT_TRUE(aborted || (outcome.status >= 0 && outcome.status != 124));
+    EXPECT_TRUE(read_all_files() == before);
+  }
+  /// A verification that succeeds: what it goes by is undamaged.
+  void expect_undamaged(const std::string& name, const Files& before) const {
+    EXPECT_EQ(relied_on(name, before.at(name)), relied_on(name, device(0).at(name)));
+  }
+  /// A seal that succeeds: what was sealed holds under undamaged keys.
+  void expect_sealed(const Outcome& outcome, int stage) const {
+    EXPECT_EQ(outcome.status, 0);
+    restore();
+    expect_run("out" + (stage == 1 ? verify1 : verify2), 0, line("verified", stage));
   }
 };
 RUN_FOR_BOTH_SCHEMES(Input);
 
 TEST_P(Input, DamagedFilesEndAsListed) {
-  std::ifstream file(TEST_DATA "/bad_input.txt");
   int count = 0;
-  for (std::string lists; std::getline(file, lists);) {
-    for (const std::string& row : expand(lists)) {
-      std::istringstream in(row);
-      in.unsetf(std::ios::basefield);
-      std::string scheme, name, damage, word, status, text;
-      std::uint32_t place = 0, value = 0;
-      in >> scheme >> name >> damage >> place >> value >> word >> status >> text;
-      if (scheme != s.name && scheme != "both") continue;
-      SCOPED_TRACE(row);
-      damage_file(files.contains(name) ? files.at(name) : name, damage, place, value);
-      const Command& command = commands.at(word);
-      // Checked before anything else, so that a private key is never missed.
-      if (text == "popp") std::filesystem::remove(s.root_private);
-      const std::string said = text == "silence" ? "" : line(text);
-      if (said == command.success) expect_run(command.line, status_of(status), said);
-      if (said != command.success) expect_failure(command.line, status_of(status), said);
-      std::filesystem::remove("out");
-      restore();
-      ++count;
-    }
+  for (const Row& row : read_bad_input()) {
+    const std::string &scheme = row.at("scheme"), &name = row.at("file"), &says = row.at("says");
+    if (scheme != s.name && scheme != "both") continue;
+    SCOPED_TRACE(testing::PrintToString(row));
+    damage_file(files.contains(name) ? files.at(name) : name, row);
+    const Command& command = commands.at(row.at("command"));
+    // Checked before anything else, so that a private key is never missed.
+    if (says == "popp") std::filesystem::remove(s.root_private);
+    const std::string said = says == "silence" ? "" : line(says);
+    const int status = status_of(row.at("status"));
+    if (said == command.success) expect_run(command.line, status, said);
+    if (said != command.success) expect_failure(command.line, status, said);
+    std::filesystem::remove("out");
+    restore();
+    ++count;
   }
   EXPECT_GT(count, 130);
 }
@@ -176,16 +231,6 @@ TEST_P(Input, RandomDamageIsNeverTakenForGood) {
   const auto any_of = [&](const auto& set) {
     return *std::next(set.begin(), static_cast<std::ptrdiff_t>(choose(set.size())));
   };
-  // What a verification goes by in a file, at least.
-  const auto relied_on = [&](const std::string& name, Bytes bytes) {
-    if (name == "sealed1" || name == "sealed_p") {
-      bytes.resize(std::max(bytes.size(), s.context_length) - s.context_length + s.uncovered);
-    }
-    if (name == s.efuse) bytes.resize(s.efuse_length);
-    if (name != public_key) return bytes;
-    bytes.resize(s.stage2.proof);
-    return joined(slice(bytes, s.stage2.n, s.length), slice(bytes, s.stage2.e, 4));
-  };
   for (int i = 0; i < 150; ++i) {
     const Command command = any_of(commands).second;
     const int stage = command.stage;
@@ -201,21 +246,12 @@ TEST_P(Input, RandomDamageIsNeverTakenForGood) {
     const Outcome outcome = run(tool + " " + s.option + " " + command.line);
     SCOPED_TRACE("run " + std::to_string(i) + ", " + command.line + ", damaged " + name + ": " +
                  outcome.output);
-    const auto says = [&](const std::string& text) {
-      return outcome.output == text_file("banner_" + s.name) + text;
-    };
-    if (!says(command.success)) {
-      EXPECT_TRUE(says("") || says(line("popp")) || says(line("not_signed", stage)) ||
-                  says(line("refused", stage)));
-      EXPECT_TRUE(outcome.status == -SIGABRT ? says("")
-                                             : outcome.status >= 0 && outcome.status != 124);
-      EXPECT_TRUE(read_all_files() == before);
+    if (!says(outcome, command.success)) {
+      expect_refused(outcome, stage, before);
     } else if (command.success == line("verified", stage)) {
-      EXPECT_EQ(relied_on(name, before.at(name)), relied_on(name, device(0).at(name)));
-    } else {  // what was sealed holds under undamaged keys
-      EXPECT_EQ(outcome.status, 0);
-      restore();
-      expect_run("out" + (stage == 1 ? verify1 : verify2), 0, line("verified", stage));
+      expect_undamaged(name, before);
+    } else {
+      expect_sealed(outcome, stage);
     }
     std::filesystem::remove("out");
     restore();
