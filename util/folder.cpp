@@ -38,6 +38,7 @@ bool continues_character(char byte) {
 }  // namespace
 
 Failure failure_of(int error) {
+  if (error == EBUSY) return {"Cannot be replaced", true};
   const bool in_the_way =
       error == EEXIST || error == ENOTEMPTY || error == EISDIR || error == ENOTDIR;
   return {std::strerror(error), in_the_way};

@@ -20,7 +20,8 @@ struct Failure {
   return failure.reason != nullptr;
 }
 
-/// The failure that an `errno` stands for. EEXIST, ENOTEMPTY, EISDIR and ENOTDIR are in the way.
+/// The failure that an `errno` stands for. EEXIST, ENOTEMPTY, EISDIR, ENOTDIR and EBUSY, which is a
+/// mount point or a folder's name for itself, are in the way.
 [[nodiscard]] Failure failure_of(int error);
 
 /// A name in a folder, with its terminator.

@@ -34,7 +34,7 @@ NewFile::~NewFile() {
 }
 
 void NewFile::create(const char* path, FileAccess access, Existing existing) {
-  failure_ = open_folder_of(own_folder_, path);
+  failure_ = *path == '\0' ? failure_of(ENOENT) : open_folder_of(own_folder_, path);
   if (!failed(failure_)) create_in(own_folder_.number(), last_part(path), access, existing);
 }
 

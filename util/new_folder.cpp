@@ -71,7 +71,7 @@ Failure NewFolder::publish() {
   if (failed(failure_)) return failure_;
   const int parent = parent_.number();
   if (renameat(parent, temporary_.data(), parent, name_.data()) != 0) {
-    failure_ = errno == EBUSY ? Failure{"Cannot be replaced", true} : failure_of(errno);
+    failure_ = failure_of(errno);
     return failure_;
   }
   is_temporary_ = false;
