@@ -14,7 +14,7 @@ readonly build_info_length=48      # bytes that -P adds
 readonly sample_bl1_length=15360   # 16 KiB when sealed by scheme 2.1
 readonly sample_bl2_length=614399  # BL2 may have any length
 
-length_of() { stat -L -c %s "$1"; }
+length_of() { stat -L -c %s -- "$1"; }
 
 check_bl1_length() {
   local length=$1 name=$2
@@ -33,6 +33,7 @@ for image in "$@"; do
 done
 if (($# > 0)); then check_bl1_length "$(length_of "$1")" "$1"; fi
 demo=${SEALWRIGHT_DEMO:-sealwright-demo}
+if [[ $demo == -* ]]; then demo=./$demo; fi  # a name, not an option
 if [[ -e $demo || -L $demo ]]; then
   fail "$demo is there already and is not written over; move it away or set SEALWRIGHT_DEMO=NAME"
 fi

@@ -17,10 +17,9 @@ fail() {
   exit 1
 }
 
-# Runs apt-get as root. What it prints goes into $apt_log and is shown only when it fails.
-apt_log=
+# Runs apt-get as root. What it prints is shown only when it fails.
 apt() {
-  local command=(env DEBIAN_FRONTEND=noninteractive apt-get -q "$@")
+  local output command=(env DEBIAN_FRONTEND=noninteractive apt-get -q "$@")
   if ((EUID != 0)); then
     has_command sudo || fail "this needs root, and there is no sudo: ${command[*]}"
     say "sudo ${command[*]}"
@@ -28,9 +27,8 @@ apt() {
     # Where nobody can answer, sudo must not ask.
     if [[ -n ${CI:-} || ! -t 0 ]]; then command=(sudo -n "${command[@]:1}"); fi
   fi
-  apt_log=${apt_log:-$(mktemp)}
-  if "${command[@]}" </dev/null >"$apt_log" 2>&1; then return; fi
-  cat "$apt_log" >&2
+  if output=$("${command[@]}" </dev/null 2>&1); then return; fi
+  printf '%s\n' "$output" >&2
   return 1
 }
 
