@@ -88,6 +88,8 @@ need_test_tools() {
   need has_openssl libssl-dev
   need 'has_command openssl' openssl
   need 'has_command jq' jq
+  need 'has_command make' make
+  need 'has_command parallel' parallel
   need has_sanitizers g++
 }
 

@@ -9,16 +9,34 @@
 #   <!-- run before all -->   once more before each later block of the document
 #   <!-- run, refuse FILE@OFFSET... -->   and once for each FILE with a byte changed, when it must fail
 #                             (without OFFSET the middle one; below 0 counted from the end)
+#   <!-- run on, file NAME -->            is no command but becomes the file NAME there
 #
-# A block of commands ends with the status of its commands. In a block with "$ " prompts, the lines
-# after a command must be in what it prints, whatever times and fingerprints they have.
+# A block of commands ends with the status of its commands. It is run three times: as it stands, as the
+# condition of an "if", and between two "||", where bash ignores "set -e"; all three must accept and
+# refuse alike. In a block with "$ " prompts, the lines after a command must be in what it prints,
+# whatever times and fingerprints they have.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 if (($# == 0)); then set -- "$root"/build/release/{front,inspect,seal}; fi
-for folder in "$@"; do PATH=$folder:$PATH; done
+for folder in "$@"; do
+  folder=$(cd "$folder" && pwd)
+  PATH=$folder:$PATH
+  # Where programs are installed, CMake finds their build rules by PATH; those of a build have to be named.
+  if [[ -e $folder/../SealwrightConfig.cmake ]]; then export Sealwright_DIR=${folder%/*}; fi
+done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+
+# What the blocks make by mktemp outside this folder is noted: rooms in memory, for keys.
+mkdir programs
+cat >programs/mktemp <<END
+#!/bin/sh
+made=\$($(command -v mktemp) "\$@") && echo "\$made" | tee -a "$work/rooms"
+END
+chmod +x programs/mktemp
+touch rooms
+PATH=$work/programs:$PATH
 
 fail() {
   printf 'error: %s\n' "$*" >&2
@@ -29,7 +47,8 @@ fail() {
 mkdir fresh
 head -c 15360 /dev/urandom >fresh/BL1.bin
 head -c 61441 /dev/urandom >fresh/BL2.bin
-for program in Sealwright_V21_client Sealwright_V21 Sealwright_inspect; do
+for program in Sealwright_V21_client Sealwright_V21 Sealwright_inspect Sealwright_seal; do
+  [[ -e $root/docs/$program.1 ]] || continue
   sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;p}' "$root/docs/$program.1" >examples.sh
   (cd fresh && bash -e -o pipefail ../examples.sh) >>output
 done
@@ -46,11 +65,20 @@ split_document() {
   # Blocks in a list are indented.
   sed 's/^   \(   \)\?\(<!--\|```\)/\2/' "$1" | mask | awk '
     /^<!-- run.*-->$/ { marker = $0; next }
-    /^```/ && name != "" { name = ""; next }
+    /^```/ && name != "" {
+      if (file != "") print "END_OF_FILE" >(name ".sh")
+      name = file = ""
+      next
+    }
     /^```/ && marker != "" {
       name = sprintf("%03d", ++count)
       print marker >(name ".marker")
-      prompts = $0 == "```"
+      if (match(marker, /file [^ ]+/)) {
+        file = substr(marker, RSTART + 5, RLENGTH - 5)
+        print "cat >" file " <<\"END_OF_FILE\"" >(name ".sh")
+      }
+      prompts = $0 == "```" && file == ""
+      if (prompts) printf "" >(name ".prompts")
       marker = ""
       next
     }
@@ -69,18 +97,27 @@ change_byte() {
     print F $b ^ "\x40"' "$file" "$offset"
 }
 
-# Runs a block in a folder. Without a terminal, OpenSSL takes passphrases from standard input, where
-# it may read ahead for a page: lines of 16 bytes, so that each of several runs begins with a whole one.
+# Runs a block in a folder, as a line of a script or as part of a condition. Without a terminal, OpenSSL
+# takes passphrases from standard input, where it may read ahead for a page: lines of 16 bytes, so that
+# each of several runs begins with a whole one.
 run_block() {
-  cat "$before_all" "$2" >block.sh
-  (cd "$1" && setsid bash -e ../block.sh >../output 2>&1 < <(yes 'a passphrase 15'))
+  local way=$1 folder=$2 block=$3
+  {
+    cat "$before_all"
+    case $way in
+      line) cat "$block" ;;
+      if) printf 'recipe() {\n%s\n}\nif recipe; then exit 0; else exit 1; fi\n' "$(<"$block")" ;;
+      or) printf 'recipe() {\n%s\n}\nfalse || recipe || exit 1\n' "$(<"$block")" ;;
+    esac
+  } >block.sh
+  (cd "$folder" && setsid bash -e ../block.sh >../output 2>&1 < <(yes 'a passphrase 15'))
 }
 
 for document in "$root"/README.md "$root"/docs/*.md; do
-  rm -rf ./*.marker ./[0-9]*.sh room
+  rm -rf ./*.marker ./*.prompts ./[0-9]*.sh room
   split_document "$document"
   before_all=/dev/null
-  blocks=0
+  blocks=0 refusals=0
   for marker_file in ./*.marker; do
     [[ -e $marker_file ]] || continue
     marker=$(<"$marker_file")
@@ -90,17 +127,26 @@ for document in "$root"/README.md "$root"/docs/*.md; do
       before_all=$block
       continue
     fi
+    ways=(if or line)
+    if [[ -e ${marker_file%.marker}.prompts || $marker == *' file '* ]]; then ways=(line); fi
     if [[ $marker == *'run on'* ]]; then cp -a room start; else cp -a fresh start; fi
     read -r -a changes < <(sed -n 's/.*refuse \(.*\) -->/\1/p' "$marker_file") || true
-    for change in "${changes[@]}"; do
+    for way in "${ways[@]}"; do
+      for change in "${changes[@]}"; do
+        rm -rf room && cp -a start room
+        (cd room && change_byte "$change")
+        if run_block "$way" room "$block"; then fail "$what: accepts a change of $change, as $way"; fi
+        refusals=$((refusals + 1))
+      done
       rm -rf room && cp -a start room
-      (cd room && change_byte "$change")
-      if run_block room "$block"; then fail "$what: accepts a change of $change"; fi
+      run_block "$way" room "$block" || { cat output >&2; fail "$what, as $way"; }
     done
-    rm -rf room && mv start room
-    run_block room "$block" || { cat output >&2; fail "$what"; }
+    rm -rf start
     blocks=$((blocks + 1))
   done
-  if ((blocks > 0)); then echo "Ran $blocks blocks of ${document##*/}"; fi
+  if ((blocks > 0)); then echo "Ran $blocks blocks of ${document##*/}; $refusals refusals"; fi
 done
-if compgen -G '/dev/shm/sealwright.*' >/dev/null; then fail "keys are left in /dev/shm"; fi
+[[ -s rooms ]] || fail "no document makes a room in memory for keys"
+while read -r room; do
+  [[ ! -e $room ]] || fail "keys are left in $room"
+done <rooms
