@@ -1,7 +1,12 @@
-# The target "package" makes a Debian package of what is installed.
+# The target "package" makes Debian packages of what is installed, "bundle" the archive for customers.
 
-add_custom_target(
-  package
-  COMMAND ${PROJECT_SOURCE_DIR}/packaging/make_deb.sh ${PROJECT_BINARY_DIR} ${PROJECT_VERSION}
-  DEPENDS sealwright_main sealwright_client sealwright_inspect_main sealwright_seal_main
-  VERBATIM)
+foreach(kind IN ITEMS package:make_deb bundle:make_bundle)
+  string(REPLACE ":" ";" kind ${kind})
+  list(GET kind 0 target)
+  list(GET kind 1 script)
+  add_custom_target(
+    ${target}
+    COMMAND ${PROJECT_SOURCE_DIR}/packaging/${script}.sh ${PROJECT_BINARY_DIR} ${PROJECT_VERSION}
+    DEPENDS sealwright_main sealwright_client sealwright_inspect_main sealwright_seal_main
+    VERBATIM)
+endforeach()

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Usage: packaging/make_deb.sh BUILD_FOLDER VERSION
 #
-# Makes BUILD_FOLDER/sealwright_VERSION_ARCHITECTURE.deb of what a build installs. The same commit gives
-# the same package, wherever it is built: all times are those of the newest entry of the changelog,
-# unless SOURCE_DATE_EPOCH says otherwise.
+# Makes two Debian packages of what a build installs: BUILD_FOLDER/sealwright-client_VERSION_ARCHITECTURE.deb
+# is what customers are handed, sealwright_... is the rest and depends on it. The same commit gives the
+# same packages, wherever it is built: all times are those of the newest entry of the changelog, unless
+# SOURCE_DATE_EPOCH says otherwise.
 set -euo pipefail
 umask 022
 packaging=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -17,42 +18,72 @@ fi
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(changelog Timestamp)}
 export SOURCE_DATE_EPOCH
 
+architecture=$(dpkg --print-architecture)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-tree=$work/tree
-documents=$tree/usr/share/doc/sealwright
-DESTDIR=$tree cmake --install "$build" --prefix /usr >/dev/null
-mv "$tree/usr/share/doc/Sealwright" "$documents"
-# What a package has in other places or has no use for.
-rm "$documents/LICENSE" "$documents/CONTRIBUTING.md"
-install -m 644 "$packaging/copyright" "$documents/copyright"
-gzip -9n <"$packaging/changelog" >"$documents/changelog.gz"
-gzip -9n "$tree"/usr/share/man/man1/*.1
-strip --strip-unneeded --remove-section=.comment --remove-section=.note "$tree"/usr/bin/*
 
-mkdir -p "$tree/DEBIAN" "$work/debian"
-printf 'Source: sealwright\n\nPackage: sealwright\nArchitecture: any\n' >"$work/debian/control"
-depends=$(cd "$work" && dpkg-shlibdeps -O "$tree"/usr/bin/* | sed -n 's/^shlibs:Depends=//p')
-(cd "$tree" && find usr -type f -print0 | sort -z | xargs -0 md5sum >DEBIAN/md5sums)
-cat >"$tree/DEBIAN/control" <<CONTROL
-Package: sealwright
+# install_component COMPONENT PACKAGE: what the component installs, as the package has it.
+install_component() {
+  local tree=$work/$2 documents=$work/$2/usr/share/doc/$2
+  DESTDIR=$tree cmake --install "$build" --prefix /usr --component "$1" >/dev/null
+  mv "$tree/usr/share/doc/Sealwright" "$documents"
+  install -m 644 "$packaging/copyright" "$documents/copyright"
+  ln -sf copyright "$documents/LICENSE"
+  gzip -9n <"$packaging/changelog" >"$documents/changelog.gz"
+  gzip -9n "$tree"/usr/share/man/man1/*.1
+  strip --strip-unneeded --remove-section=.comment --remove-section=.note "$tree"/usr/bin/*
+}
+
+# make_package PACKAGE: its control file, but for the fields that are the same in both, is standard input.
+make_package() {
+  local tree=$work/$1 depends
+  mkdir -p "$tree/DEBIAN" "$work/debian"
+  printf 'Source: sealwright\n\nPackage: %s\nArchitecture: any\n' "$1" >"$work/debian/control"
+  depends=$(cd "$work" && dpkg-shlibdeps -O "$tree"/usr/bin/* | sed -n 's/^shlibs:Depends=//p')
+  (cd "$tree" && find usr -type f -print0 | sort -z | xargs -0 md5sum >DEBIAN/md5sums)
+  {
+    cat <<CONTROL
+Package: $1
 Version: $version
-Architecture: $(dpkg --print-architecture)
+Architecture: $architecture
 Maintainer: $(changelog Maintainer)
 Installed-Size: $(find "$tree/usr" -type f -printf '%s\n' | awk '{kib += int(($1 + 1023) / 1024)} END {print kib}')
-Depends: $depends
 Section: utils
 Priority: optional
+CONTROL
+    sed "s/^Depends: */&$depends/"
+  } >"$tree/DEBIAN/control"
+  local package=$build/${1}_${version}_$architecture.deb
+  dpkg-deb --root-owner-group -Zxz --build "$tree" "$package" >/dev/null
+  echo "Made $package"
+}
+
+install_component client sealwright-client
+make_package sealwright-client <<'CONTROL'
+Depends:
+Suggests: openssl, jq, opensc, parallel, bash-completion
+Description: keys and sealed images for two-stage secure boot - for customers
+ For those who sign their own second-stage boot loader: a tool that makes a
+ stage-2 key pair and signs and checks images with it (Sealwright_V21_client),
+ one that makes keys and images with proof, with keys in files or elsewhere
+ (Sealwright_seal), and a reader that says what files are, which belong together
+ and whether a fused device would boot an image (Sealwright_inspect).
+CONTROL
+
+install_component signing sealwright
+# The README stands in one folder with all documents that it names.
+for document in "$work"/sealwright-client/usr/share/doc/sealwright-client/docs/*; do
+  ln -s "../../sealwright-client/docs/${document##*/}" "$work/sealwright/usr/share/doc/sealwright/docs/"
+done
+make_package sealwright <<CONTROL
+Depends: , sealwright-client (= $version)
+Suggests: cmake, make, perl
 Description: keys and sealed images for two-stage secure boot
  Sealwright makes the keys for a two-stage secure boot, seals first-stage and
  second-stage boot-loader images with them, and tells whether a sealed image
  will be accepted before it is shipped or a fuse is burnt.
  .
- The package holds the tool for the signing party (Sealwright_V21), the one for
- customers who sign their own second stage (Sealwright_V21_client), and a reader
- that says what a file is and whether a fused device would boot an image
- (Sealwright_inspect).
+ The package holds the tool for the signing party with the frozen command line
+ (Sealwright_V21) and the documents for those who run it; all other programs come
+ with sealwright-client.
 CONTROL
-package=$build/sealwright_${version}_$(dpkg --print-architecture).deb
-dpkg-deb --root-owner-group -Zxz --build "$tree" "$package" >/dev/null
-echo "Made $package"
