@@ -29,7 +29,7 @@ RecognisedFile recognise_file(FileScan scan) {
 
 bool may_be_bl2(const FileContent& content) {
   if (const auto* file = std::get_if<PublicKeyFile>(&content)) {
-    return !file->proven && !file->key.regular;
+    return !file->proven;
   }
   return std::holds_alternative<UnknownFile>(content) || std::holds_alternative<EfuseFile>(content);
 }

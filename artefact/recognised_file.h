@@ -41,9 +41,8 @@ struct RecognisedFile {
 /// Says what a file is, except that a secured BL2 is unknown: files named with it may tell.
 [[nodiscard]] RecognisedFile recognise_file(FileScan scan);
 
-/// Whether a file that nothing else is known about may be a secured BL2: it is no BL1, and no key
-/// file that opens. Public-key files of root keys are recognised by their length alone; one that
-/// proves nothing and holds no regular key may be anything.
+/// Whether a file may be a secured BL2: it is no BL1, and no key file that opens. Most public-key
+/// files are recognised by their length alone, so one that proves nothing may be anything.
 [[nodiscard]] bool may_be_bl2(const FileContent& content);
 
 /// Whether the file is a BL2 that the key signed.

@@ -57,9 +57,9 @@ std::vector<Line> list_checks(const BootCheck& check, ByteView efuse) {
                            "modulus or the exponent")});
   if (check.code) {
     const bool opened = check.opened.state == CodeState::opened;
-    lines.push_back({"code", "expected code", *check.code, "the device runs exactly this code",
+    lines.push_back({"code", "expected code", *check.code, "it is the code in BL1, byte for byte",
                      opened || (check.bl1 && check.bl1->scheme == Scheme::sb10)
-                         ? "the device runs other code"
+                         ? "BL1 holds other code"
                          : why_not_opened(check.opened.state)});
   }
   return lines;

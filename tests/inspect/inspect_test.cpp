@@ -41,7 +41,11 @@ class Inspect : public EndToEnd {
 RUN_FOR_BOTH_SCHEMES(Inspect);
 
 TEST_P(Inspect, PrintsWhatFilesHold) {
-  std::map<std::string, std::string> texts = {{"CODE_SHA1", hex(sha1(read_bytes("BL1.bin")))}};
+  std::map<std::string, std::string> texts = {{"CODE_SHA1", hex(sha1(read_bytes("BL1.bin")))},
+                                              {"SCHEME", s.option.substr(2)},
+                                              {"BITS", std::to_string(8 * s.length)},
+                                              {"EXPONENT", s.is_v11() ? "65537" : "3"},
+                                              {"EFUSE_SIZE", std::to_string(s.efuse_length)}};
   add_key(texts, "ROOT", s.root_info, s.root.n);
   add_key(texts, "STAGE2", public_key, s.stage2.n);
   std::string transcript = text_file("inspect_" + s.name) + text_file("inspect");
@@ -49,6 +53,17 @@ TEST_P(Inspect, PrintsWhatFilesHold) {
     for (std::size_t at = 0; (at = transcript.find(name, at)) != std::string::npos;) {
       transcript.replace(at, name.size(), text);
     }
+  }
+  Bytes words = read_bytes(s.efuse);
+  write_bytes("turned_bytes", reversed(words));
+  for (auto word = words.begin(); word != words.end(); word += 4) std::reverse(word, word + 4);
+  write_bytes("turned_words", words);
+  write_bytes("foreign_fuses", device(1).at(s.efuse));
+  for (const auto& [name, alias] : {std::pair<std::string, std::string>{s.efuse, "fuses"},
+                                    {"sealed1", "bl1"},
+                                    {"sealed2", "bl2"},
+                                    {"BL1.bin", "code"}}) {
+    write_bytes(alias, read_bytes(name));
   }
   mkfifo("pipe", 0600);
   write_bytes("large", {});
@@ -125,6 +140,25 @@ TEST(InspectBuildInfo, IsRecognisedByTagAndZeros) {
               testing::ContainsRegex("SHA-1 [0-9a-f]{40}\n"));
 }
 
+TEST_P(Inspect, TellsTheSchemeOfAnImageWithBothMarks) {
+  // Each mark stands where the other scheme covers nothing.
+  Bytes image = read_bytes("sealed1");
+  std::ranges::copy(sb20_context_magic, &image[image.size() - 1024 + 944]);
+  std::ranges::copy(sb10_context_magic, &image[image.size() - 512 + 476]);
+  const std::string own = "\"scheme\": \"" + s.option.substr(2) + '"';
+  EXPECT_THAT(describe_json(image), testing::AllOf(HasSubstr(own), HasSubstr(R"("sound": true)")));
+  EXPECT_THAT(describe_json(damage(image, 0)), HasSubstr(R"("scheme": "2.1")"));
+}
+
+TEST(InspectKeys, HaveTheLargerPrimeFirstWhereAllNumbersSign) {
+  const Key key = test_key(2048), swapped = make_key(key[4], key[3], key[1]);
+  for (const auto& [numbers, sound] : {std::pair{key, true}, {swapped, false}}) {
+    Bytes file = padded(key_list(numbers, full_widths(256), true), 1200);
+    do_PrivateKey_Encrypt(2, file.data(), length_of(file));
+    EXPECT_THAT(describe_json(file), HasSubstr(sound ? R"("sound": true)" : R"("sound": false)"));
+  }
+}
+
 TEST(InspectKeys, AreRegularOrNot) {
   RsaPublicKey2048 regular = {256, {1}, 4, {3}};
   regular.n[255] = 0x80;
@@ -140,6 +174,11 @@ TEST(InspectNames, AreEscaped) {
   const std::string text = "\xc2\xa0\xe0\xa0\x80\xed\x9f\xbf\xf0\x90\x80\x80\xf4\x8f\xbf\xbf";
   EXPECT_EQ(sealwright::escape("\"\\\x1f \x7f\xc2\x9f" + text),
             R"(\"\\\u001f \u007f\u009f)" + text);
+  const std::string hidden = "\u00ad\u061c\u2028\u2029\ufeff\U000e0001\U000e007f";
+  EXPECT_EQ(sealwright::escape("\u061b" + hidden + "\u2027"),
+            "\u061b"
+            R"(\u00ad\u061c\u2028\u2029\ufeff\udb40\udc01\udb40\udc7f)"
+            "\u2027");
   for (const std::string bytes : {"\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f",
                                   "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf8\x88\x80\x80"}) {
     EXPECT_THAT(sealwright::escape(bytes), testing::MatchesRegex(R"((\\ufffd)+)"));
