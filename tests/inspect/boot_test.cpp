@@ -1,4 +1,4 @@
-#include "tests/inspect/inspect_bench.h"
+#include "tests/inspect/reports.h"
 #include "tests/support/schemes.h"
 
 namespace {

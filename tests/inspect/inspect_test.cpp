@@ -6,7 +6,7 @@
 
 #include "artefact/escape.h"
 #include "sb20/public_key_info.h"
-#include "tests/inspect/inspect_bench.h"
+#include "tests/inspect/reports.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/inspect/inspect_bench.h"
+#include "tests/inspect/reports.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ std::vector<Block> read_blocks() {
   return blocks;
 }
 
-class Relations : public Bench {
+class Relations : public EndToEnd {
  protected:
   /// A file of the table, by its set, what it is there and how it is changed.
   Bytes make(const std::string& name) {
