@@ -71,6 +71,8 @@ Facts collect(Known& known, const FileContent& content) {
     facts.root = id_of(known, image->root_key, false);
     facts.stage2 = id_of(known, image->stage2_key, true);
     facts.root_info = id_of(known, root_info_of(image->bl1));
+  } else if (const auto* bl2 = std::get_if<Bl2File>(&content)) {
+    facts = {.scheme = bl2->signer.scheme, .signer = id_of(known, bl2->signer, true)};
   }
   return facts;
 }

@@ -9,7 +9,6 @@
 
 namespace {
 
-using sealwright::describe;
 using sealwright::describe_boot;
 
 template <typename S>
@@ -53,34 +52,92 @@ void verify_signature(const Choose& choose) {
   require(verify(by_message, public_key, covered, signature) == (good ? 0 : 0xFFF20090), "verdict");
 }
 
+/// One file of every kind, all of one key, which is root and stage-2 key.
 template <typename S>
-void inspect_files(const Choose& choose) {
+struct Folder {
+  static constexpr bool v11 = S::length == 128;
   const Sealed<S>& good = sealed<S>;
-  const Bytes image = joined(good.code, bytes_of(good.context));
-  const bool v11 = S::length == 128;
-  Bytes efuse = good.efuse, bl1 = image;
+  Bytes efuse = good.efuse, bl1 = joined(good.code, bytes_of(good.context));
+  Bytes public_file = public_key_of(good.key, S::length);
   Bytes private_file =
       v11 ? joined(header_of(sb10_private_key_text, 604), good.list) : joined(good.list, Bytes(12));
-  Bytes public_file = public_key_of(good.key, S::length);
-  const bool stage2 = v11 && choose(2) == 0;
-  if (stage2) {
-    public_file =
-        joined(header_of(sb10_public_key_text, 140), bytes_of(128U), good.key[0].bytes(128),
-               bytes_of(4U), good.key[1].bytes(4), bytes_of(128U));
+  Bytes bl2 = joined(good.code, signature_of(good.key, sha1(good.code)));
+
+  explicit Folder(bool stage2) {
+    if (stage2) {
+      public_file =
+          joined(header_of(sb10_public_key_text, 140), bytes_of(128U), good.key[0].bytes(128),
+                 bytes_of(4U), good.key[1].bytes(4), bytes_of(128U));
+    } else {
+      public_file = joined(public_file, slice(bytes_of(good.context.publicKeyInfo),
+                                              public_file.size(), sha1_digest_length));
+    }
+    public_file.resize(stage2 ? 308 : v11 ? 280 : 548);
   }
-  public_file.resize(stage2 ? 308 : v11 ? 280 : 548);
-  Bytes* parts[] = {&efuse, &bl1, &private_file, &public_file};
-  damage(*parts[choose(4)], choose);
-  private_file.resize((private_file.size() + 15) / 16 * 16);
-  do_PrivateKey_Encrypt(v11 ? 1 : 2, private_file.data(), length_of(private_file));
-  for (const Bytes* file : parts) {
-    const sealwright::Report report = describe("file", *file);
+  static Bytes signature_of(const Key& key, const Bytes& digest) {
+    return power(reversed(pss_encode(key[0], digest, 20)), key[2], key[0]).bytes(S::length);
+  }
+  std::vector<Bytes*> files() { return {&efuse, &bl1, &public_file, &private_file, &bl2}; }
+};
+
+/// Files named together: what one is said to be to another is said back, files of one key go with
+/// each other, and a damaged one goes with others only where its key is not what was damaged.
+template <typename S>
+void compare_files(Folder<S>& folder, const Folder<S>& before, std::size_t damaged) {
+  sealwright::FileSet set;
+  for (const Bytes* file : folder.files()) add_file(set, sealwright::scan_bytes(*file));
+  for (const auto& report : describe(set, {"a", "b", "c", "d", "e"})) {
     require(!to_json(report).empty() && !to_text("file", report).empty(), "a report");
   }
+  const auto standings = relate(set);
+  const auto goes_with = [&](std::size_t i, std::size_t other) {
+    return std::ranges::any_of(standings[i].goes_with,
+                               [&](const auto& relation) { return relation.other == other; });
+  };
+  const bool stage2_file = folder.public_file.size() == 308;
+  for (std::size_t i = 0; i < 5; ++i) {
+    // A public key may be that of a damaged BL1, and that one the only root key of the fuses.
+    const bool may_stray = i == damaged || i == 2 || (i == 0 && damaged == 1 && stage2_file);
+    require(may_stray || !standings[i].is_stray, "a stray of one key");
+    for (std::size_t j = 0; j < 5; ++j) {
+      require(goes_with(i, j) == goes_with(j, i), "said by one alone");
+      // eFuse data and a stage-2 file, eFuse data with private keys and BL2, and each with itself.
+      const bool apart =
+          i == j || (i == 0 && j > 2) || (j == 0 && i > 2) || (i + j == 2 && i != j && stage2_file);
+      require(apart || i == damaged || j == damaged || goes_with(i, j), "a relation overlooked");
+    }
+  }
+  const bool related = !standings[damaged].goes_with.empty();
+  if (damaged == 0) require(related == (folder.efuse == before.efuse), "fuses");
+  if (damaged == 4 && related) {
+    const std::size_t at = folder.bl2.size() - S::length;
+    require(pss_verify(before.good.key[0], before.good.key[1], sha1(slice(folder.bl2, 0, at)),
+                       slice(folder.bl2, at, S::length)),
+            "a BL2 that was not signed");
+  }
+  if (damaged == 2 && related) {  // n and e stand in all forms where they stood
+    const std::size_t n = Folder<S>::v11 ? (stage2_file ? 40 : 0) : 4;
+    require(slice(folder.public_file, n, S::length) == before.good.key[0].bytes(S::length),
+            "another key");
+  }
+}
+
+template <typename S>
+void inspect_files(const Choose& choose) {
+  Folder<S> folder(S::length == 128 && choose(2) == 0);
+  const Folder<S> before = folder;
+  const Sealed<S>& good = sealed<S>;
+  const std::size_t damaged = choose(5);
+  damage(*folder.files()[damaged], choose);
+  Bytes& private_file = folder.private_file;
+  private_file.resize((private_file.size() + 15) / 16 * 16);
+  do_PrivateKey_Encrypt(folder.v11 ? 1 : 2, private_file.data(), length_of(private_file));
+  compare_files(folder, before, damaged);
   // Nothing covers the end of the context.
   const std::size_t covered = good.code.size() + offsetof(typename S::Context, funcPtrTable);
-  const bool same = efuse == good.efuse && bl1.size() == image.size() &&
-                    slice(bl1, 0, covered) == slice(image, 0, covered);
+  const auto& [efuse, bl1] = std::tie(folder.efuse, folder.bl1);
+  const bool same = efuse == good.efuse && bl1.size() == before.bl1.size() &&
+                    slice(bl1, 0, covered) == slice(before.bl1, 0, covered);
   const std::optional<ByteView> bl2 = private_file;
   require(!describe_boot({efuse, bl1, bl2}).problems.empty(), "a file taken for a signed image");
   const bool boots = describe_boot({efuse, bl1}).problems.empty();
