@@ -11,7 +11,7 @@ std::string to_hex(ByteView bytes) {
 
 std::string sha1_hex(ByteView bytes) {
   Digest digest = {};
-  sealwright::sha1(digest.data(), {bytes});
+  sha1(digest.data(), {bytes});
   return to_hex(digest);
 }
 

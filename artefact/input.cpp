@@ -26,9 +26,8 @@ class OpenFile {
  public:
   // Opening does not wait for the other end of a pipe, which is refused then.
   explicit OpenFile(const char* path)
-      : descriptor_(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
-    failure_ = descriptor_ < 0 ? std::strerror(errno) : find_obstacle();
-  }
+      : descriptor_(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)),
+        failure_(descriptor_ < 0 ? std::strerror(errno) : find_obstacle()) {}
   ~OpenFile() {
     if (descriptor_ >= 0) close(descriptor_);
   }
@@ -76,9 +75,9 @@ class OpenFile {
     return got < 0 ? 0 : static_cast<std::size_t>(got);
   }
 
-  int descriptor_;
   struct stat status_ = {};
-  const char* failure_ = nullptr;
+  int descriptor_;
+  const char* failure_;
 };
 
 std::string to_text(const char* failure) {
@@ -113,13 +112,13 @@ std::string scan_file(FileScan& scan, const char* path) {
   if (file.failure() != nullptr) return file.failure();
   scan.size = file.size();
   scan.end.resize(std::min(scan.size, longest_end));
-  ZEB_SHA1_Init(&scan.before_end);
+  sha1_init(scan.before_end);
   std::size_t left = scan.size - scan.end.size();
   std::vector<std::uint8_t> buffer(std::min(left, piece_length));
   while (left != 0 && file.failure() == nullptr) {
     const WritableBytes piece = {buffer.data(), std::min(left, buffer.size())};
     file.read_fully(piece);
-    ZEB_SHA1_Update(&scan.before_end, piece.data(), length_of(piece));
+    sha1_update(scan.before_end, piece);
     left -= piece.size();
   }
   file.read_fully(scan.end);

@@ -16,7 +16,7 @@ struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
 
-  bool operator==(const FileIdentity&) const = default;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
 // Inputs are regular files of at most 2^31 - 1 bytes, read once and without waiting for anything.

@@ -34,7 +34,7 @@ OpenedCode decrypt(const SB20_CONTEXT& context, ByteView code, ByteView efuse, B
   if (set_up != ZEB_SUCCESS) return {CodeState::wrong_fuses};
   ZEB_SHA1 hash = {};
   const WipeOnExit hash_guard(hash);
-  sealwright::sha1_init(hash);
+  sha1_init(hash);
   std::uint8_t opened[piece_length];
   const WipeOnExit opened_guard(opened);
   bool is_expected = code.size() == expected.size();
@@ -44,10 +44,10 @@ OpenedCode decrypt(const SB20_CONTEXT& context, ByteView code, ByteView efuse, B
     std::ranges::copy(stored, opened);
     if (!open_piece(cipher, piece) || !pass_on_iv(cipher, stored)) return {CodeState::wrong_fuses};
     is_expected = is_expected && std::ranges::equal(piece, expected.subspan(at, piece.size()));
-    sealwright::sha1_update(hash, piece);
+    sha1_update(hash, piece);
   }
   Digest digest;
-  sealwright::sha1_final(hash, digest.data());
+  sha1_final(hash, digest.data());
   return {CodeState::opened, to_hex(digest), is_expected};
 }
 

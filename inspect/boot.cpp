@@ -90,7 +90,9 @@ void add_code_sha1(Report& report, const OpenedCode& opened) {
 
 /// What else a log wants to keep of the chain; words for it only where they tell more.
 void add_manifest(Report& report, const BootNames& names, const std::optional<SecuredBl1>& bl1) {
-  const auto name = [](const char* given) { return given ? json_string(given) : "null"; };
+  const auto name = [](const char* given) {
+    return given == nullptr ? "null" : json_string(given);
+  };
   report.facts.push_back({"files", json_object({{"efuse", name(names.efuse)},
                                                 {"bl1", name(names.bl1)},
                                                 {"bl2", name(names.bl2)},

@@ -29,8 +29,8 @@ Sentences exponent_notes(const PublicKey& key, const std::string& what) {
 Sentences image_notes(const PublicKey& root, const PublicKey& stage2) {
   Sentences notes = exponent_notes(root, "root key");
   for (std::string& note : exponent_notes(stage2, "stage-2 key")) notes.push_back(std::move(note));
-  if (root.regular && is_same_key(root, stage2))
-    notes.emplace_back("The stage-2 key is the root key itself.");
+  const bool is_one = root.regular && is_same_key(root, stage2);
+  if (is_one) notes.emplace_back("The stage-2 key is the root key itself.");
   return notes;
 }
 

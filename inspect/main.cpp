@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -90,9 +91,11 @@ int check_boot_chain(const Options& options) {
                            options.code};
   const auto efuse = read_input(names.efuse);
   const auto bl1 = read_input(names.bl1);
-  const auto bl2 = names.bl2 ? read_input(names.bl2) : nullptr;
-  const auto code = names.code ? read_input(names.code) : nullptr;
-  if (!efuse || !bl1 || (names.bl2 && !bl2) || (names.code && !code)) return not_done;
+  const auto bl2 = names.bl2 == nullptr ? nullptr : read_input(names.bl2);
+  const auto code = names.code == nullptr ? nullptr : read_input(names.code);
+  const bool complete =
+      efuse && bl1 && (bl2 || names.bl2 == nullptr) && (code || names.code == nullptr);
+  if (!complete) return not_done;
   BootChain chain = {efuse->bytes(), bl1->bytes()};
   if (bl2) chain.bl2 = bl2->bytes();
   if (code) chain.code = code->bytes();
@@ -136,17 +139,21 @@ int run(const Options& options) {
 
 }  // namespace
 
-}  // namespace sealwright
-
-/// Exits with 0 when all is sound or boots, 1 when not, and 2 when it cannot be told.
-int main(int argc, char** argv) {
-  using namespace sealwright;
+/// @return the exit status.
+static int inspect(std::span<char*> arguments) {
   forbid_core_dumps();
   // A reader that goes away is a write error like others.
   std::signal(SIGPIPE, SIG_IGN);
-  const int status = run(read_options({argv + (argc > 0 ? 1 : 0), argv + argc}));
+  const int status = run(read_options(arguments));
   if (std::fclose(stdout) != 0 && output_error == 0) output_error = errno;
   if (output_error == 0) return status;
   complain("standard output", std::strerror(output_error));
   return not_done;
+}
+
+}  // namespace sealwright
+
+/// Exits with 0 when all is sound or boots, 1 when not, and 2 when it cannot be told.
+int main(int argc, char** argv) {
+  return sealwright::inspect({argv + (argc > 0 ? 1 : 0), argv + argc});
 }
