@@ -74,7 +74,8 @@ bool is_below(ByteView a, ByteView b) {
 /// Whether a block starts like one of EMSA-PKCS1-v1_5 (RFC 8017, 9.2).
 bool looks_like_pkcs1_v15(ByteView block) {
   constexpr std::uint8_t start[] = {0, 1, 0xFF, 0xFF};
-  return block.size() >= sizeof start && std::equal(std::begin(start), std::end(start), &block[0]);
+  return block.size() >= sizeof start &&
+         std::equal(std::begin(start), std::end(start), block.begin());
 }
 
 /// What a recovered block is to a digest; stores the length of its salt.
