@@ -106,7 +106,11 @@ void zeb_PKCS1_MGF1_Sha1(std::uint8_t* target, std::uint32_t target_length,
     std::uint8_t counter_octets[4];
     std::uint8_t mask[hash_length];
     store_be32(counter_octets, counter);
-    sealwright::sha1(mask, {{seed, seed_length}, counter_octets});
+    ZEB_SHA1 hash;  // not wiped: the seed and the mask are seen by whoever has the public key
+    sealwright::sha1_init(hash);
+    sealwright::sha1_update(hash, {seed, seed_length});
+    sealwright::sha1_update(hash, counter_octets);
+    sealwright::sha1_final(hash, mask);
     tmkx_memxor(target + done, target + done, mask, std::min(hash_length, target_length - done));
   }
 }
