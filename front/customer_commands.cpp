@@ -4,8 +4,10 @@
 #include <array>
 #include <cstdio>
 #include <tuple>
+#include <tuple>
 
 #include "crypto/rsa.h"
+#include "crypto/sha1.h"
 #include "front/image.h"
 #include "front/texts.h"
 #include "sb10/key_pair.h"
@@ -15,6 +17,7 @@
 #include "sb20/stage2.h"
 #include "scheme/key_pair.h"
 #include "scheme/key_store.h"
+#include "util/block_reader.h"
 
 namespace sealwright {
 
@@ -54,16 +57,36 @@ std::int32_t sign(Arguments arguments, const Stage2Scheme& scheme) {
   return publish(arguments[3], image, status);
 }
 
+/// What is kept of a secured image that was read through.
+struct HashedImage {
+  std::array<std::uint8_t, sha1_digest_length> digest;       // of what was signed
+  std::array<std::uint8_t, signature_bytes_2048> signature;  // what ends the image
+  bool is_complete;  // not shorter than its signature; the rest holds only then
+};
+
+/// Reads an image once, to its end, and hashes what the signature covers on the way.
+HashedImage hash_image(const char* path, std::uint32_t signature_length) {
+  HashedImage image = {};
+  ZEB_SHA1 hash;
+  std::ignore = ZEB_SHA1_Init(&hash);  // no status but success here and below: no null pointer
+  BlockReader reader(path);
+  while (reader.left() > signature_length) {
+    const ByteView block = reader.next(reader.left() - signature_length);
+    std::ignore = ZEB_SHA1_Update(&hash, block.data(), length_of(block));
+  }
+  std::ignore = ZEB_SHA1_Final(&hash, image.digest.data());
+  const ByteView signature = reader.next(signature_length);
+  std::copy(signature.begin(), signature.end(), image.signature.begin());
+  image.is_complete = signature.size() == signature_length;
+  return image;
+}
+
 std::int32_t verify(Arguments arguments, const Stage2Scheme& scheme) {
-  const Image image = read_image(arguments[2], 0);
-  const SecuredImage secured = split(image, scheme.signature_length);
-  std::array<std::uint8_t, signature_bytes_2048> signature;
-  std::copy(secured.tail.begin(), secured.tail.end(), signature.begin());
+  HashedImage image = hash_image(arguments[2], scheme.signature_length);
   const ByteView key = scheme.load_public_key(arguments[3]);
-  const bool valid = !secured.tail.empty() &&
-                     Verify_PSS_RSASignature2(key.data(), length_of(key), secured.body.data(),
-                                              length_of(secured.body), signature.data(),
-                                              scheme.signature_length) == ZEB_SUCCESS;
+  const WritableBytes signature = WritableBytes(image.signature).first(scheme.signature_length);
+  const bool valid = image.is_complete &&
+                     verify_by_stated_counts(signature, key.data(), image.digest) == ZEB_SUCCESS;
   return print_verdict(valid, stage2_verified_line, stage2_refused_line);
 }
 

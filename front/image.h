@@ -1,11 +1,8 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "base/bytes.h"
-#include "crypto/rsa.h"
-#include "crypto/sha1.h"
 #include "crypto/status.h"
 #include "util/large_buffer.h"
 

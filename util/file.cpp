@@ -8,12 +8,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
+#include <tuple>
 #include <utility>
 
 #include "util/descriptor.h"
+#include "util/input_file.h"
 #include "util/process.h"
 
 namespace sealwright {
@@ -22,46 +23,6 @@ namespace {
 
 constexpr std::int32_t block_length = 256;               // bytes per write request
 constexpr std::size_t stream_buffer_length = 256 << 10;  // bytes; batches the small requests
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-/// Opens for reading without waiting for a pipe's other end. Null for what cannot be opened or is
-/// no seekable file.
-File open_input(const char* path) {
-  const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  struct stat status = {};
-  const bool usable = fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode) &&
-                      lseek(descriptor, 0, SEEK_SET) == 0;
-  std::FILE* file =
-      usable && fcntl(descriptor, F_SETFL, 0) == 0 ? fdopen(descriptor, "rb") : nullptr;
-  if (file == nullptr) close(descriptor);
-  return File(file);
-}
-
-File require_input(const char* path) {
-  File file = open_input(path);
-  if (!file) fail_file_open();
-  return file;
-}
-
-/// Length of an open file, whose position is the start again afterwards.
-std::int32_t length_of_open(std::FILE* file) {
-  if (fseeko(file, 0, SEEK_END) != 0) fail_file_open();
-  const off_t length = ftello(file);
-  if (length < 0 || length > std::numeric_limits<std::int32_t>::max()) fail_file_open();
-  std::rewind(file);
-  return static_cast<std::int32_t>(length);
-}
-
-/// Fills the buffer and, unlike read_file, stops at the end of the file or an error: some files
-/// deliver less than their length says. @return the bytes that arrived.
-std::size_t read_what_there_is(WritableBytes buffer, std::FILE* file) {
-  return std::fread(buffer.data(), 1, buffer.size(), file);
-}
 
 /// Writes what stdio hands over to a descriptor. @return the bytes that were written.
 ssize_t write_through(void* cookie, const char* bytes, std::size_t count) {
@@ -132,8 +93,9 @@ std::int32_t read_record(WritableBytes record, const char* path) {
   const File file = require_input(path);
   std::setvbuf(file.get(), nullptr, _IONBF, 0);  // a buffer would keep a copy
   const std::int32_t length = length_of_open(file.get());
-  read_what_there_is(record.first(std::min(record.size(), static_cast<std::size_t>(length))),
-                     file.get());
+  // What does not arrive stays zero, as what a shorter file lacks.
+  std::ignore = read_what_there_is(
+      record.first(std::min(record.size(), static_cast<std::size_t>(length))), file.get());
   return length;
 }
 

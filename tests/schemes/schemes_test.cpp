@@ -4,12 +4,15 @@
 #include <unistd.h>
 
 #include <future>
+#include <tuple>
 
 #include "crypto/mem.h"
 #include "sb10/key_pair.h"
 #include "sb20/stage1.h"
 #include "scheme/entry_table.h"
 #include "scheme/private_key_file.h"
+#include "scheme/status.h"
+#include "util/block_reader.h"
 #include "util/dump.h"
 #include "util/file.h"
 
@@ -17,6 +20,26 @@
 // that no command calls.
 
 namespace {
+
+// Exit statuses are the low bytes of these, and callers of the library compare the whole.
+TEST(Status, NumbersOfTheSchemesNeverChange) {
+  constexpr Status numbers[][2] = {
+      {INFO_ERR_HMAC_SETUP, 0xFFF10010},     {INFO_ERR_HMAC_INIT, 0xFFF10020},
+      {INFO_ERR_HMAC_UPDATE, 0xFFF10030},    {INFO_ERR_HMAC_FINAL, 0xFFF10040},
+      {INFO_ERR_MISMATCH, 0xFFF10050},       {CHECK_ERR_LENGTH, 0xFFF30000},
+      {CHECK_ERR_SHA1_INIT, 0xFFF30060},     {CHECK_ERR_SHA1_IMAGE, 0xFFF30071},
+      {CHECK_ERR_SHA1_KEY, 0xFFF30072},      {CHECK_ERR_SHA1_FINAL, 0xFFF30080},
+      {CHECK_ERR_SIGNATURE, 0xFFF30090},     {CONTEXT_ERR_SIGNING, 0xFFF40000},
+      {INFO_ERR_ARGUMENT, 0xFFF50000},       {INFO_ERR_GEN_HMAC_SETUP, 0xFFF50010},
+      {INFO_ERR_GEN_HMAC_INIT, 0xFFF50020},  {INFO_ERR_GEN_HMAC_UPDATE, 0xFFF50030},
+      {INFO_ERR_GEN_HMAC_FINAL, 0xFFF50040}, {CONTEXT_ERR_SHA1_INIT, 0xFFF60020},
+      {CONTEXT_ERR_SHA1_IMAGE, 0xFFF60031},  {CONTEXT_ERR_SHA1_KEY, 0xFFF60032},
+      {CONTEXT_ERR_SHA1_FINAL, 0xFFF60040},  {CIPHER_ERR_PARAMETER, 0xFFF7A000},
+      {CIPHER_ERR_SETUP, 0xFFF7B000},        {CIPHER_ERR_RUN, 0xFFF7C000},
+      {CIPHER_ERR_DECRYPT, 0xFFF7D000},
+  };
+  for (const auto& [named, number] : numbers) EXPECT_EQ(named, number);
+}
 
 template <typename S>
 class Schemes : public testing::Test {};
@@ -32,11 +55,11 @@ TYPED_TEST(Schemes, PublicKeyInfoTakesAnHmacKey) {
   EXPECT_EQ(bytes_of(info.key), public_key_of(made.key, S::length));
   EXPECT_EQ(hmac, hmac_sha1(given, bytes_of(info.key)));
   for (std::size_t i = 0; i < room; ++i) EXPECT_EQ(made.efuse[i], hmac[i] ^ given[i]);
-  EXPECT_EQ(made.make_info(given, words, room - 1), 0xFFF50000);
-  EXPECT_EQ(made.make_info(given, words + 1, room), 0xFFF50000);
-  EXPECT_EQ(made.make_info(given, 4 * words, room), 0xFFF50000);
-  EXPECT_EQ(made.make_info(some_bytes(room - 1), words, room), 0xFFF50000);
-  EXPECT_EQ(made.make_info(some_bytes(room + 1), words, room), 0xFFF50000);
+  EXPECT_EQ(made.make_info(given, words, room - 1), INFO_ERR_ARGUMENT);
+  EXPECT_EQ(made.make_info(given, words + 1, room), INFO_ERR_ARGUMENT);
+  EXPECT_EQ(made.make_info(given, 4 * words, room), INFO_ERR_ARGUMENT);
+  EXPECT_EQ(made.make_info(some_bytes(room - 1), words, room), INFO_ERR_ARGUMENT);
+  EXPECT_EQ(made.make_info(some_bytes(room + 1), words, room), INFO_ERR_ARGUMENT);
 }
 
 TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
@@ -49,20 +72,20 @@ TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
   EXPECT_EQ(tried.context.funcPtrTable[0], sealwright::entry_word(tmkx_memcmp));
   tried = good;
   tried.code = Bytes();  // a null pointer
-  EXPECT_EQ(tried.check(), 0xFFF30071);
+  EXPECT_EQ(tried.check(), CHECK_ERR_SHA1_IMAGE);
   for (const std::uint32_t length : {0U, 36 - S::efuse_length, S::efuse_length + 1}) {
     tried.efuse = some_bytes(length);
-    EXPECT_EQ(tried.check(), 0xFFF30000);
+    EXPECT_EQ(tried.check(), CHECK_ERR_LENGTH);
     EXPECT_EQ(S::validate_info(tried.efuse.data(), length, &tried.context.publicKeyInfo),
-              0xFFF50000);
+              INFO_ERR_ARGUMENT);
   }
   EXPECT_EQ(bytes_of(tried.context.publicKeyInfo), info);
   tried.efuse = tried.hmac_key;
-  EXPECT_EQ(tried.check(), 0xFFF10050);
+  EXPECT_EQ(tried.check(), INFO_ERR_MISMATCH);
   EXPECT_EQ(bytes_of(tried.context.publicKeyInfo), Bytes(info.size()));
   tried = good;
   ++tried.code[0];
-  EXPECT_EQ(tried.check(), 0xFFF30090);
+  EXPECT_EQ(tried.check(), CHECK_ERR_SIGNATURE);
   EXPECT_EQ(bytes_of(tried.context.signature), Bytes(S::length));
   // Nothing covers the end, and no check reads it.
   const std::string magic = S::length == 256 ? "SB20_CONTEXT" : "SB10_CONTEXT";
@@ -70,8 +93,8 @@ TYPED_TEST(Schemes, ChecksWipeWhatTheyRefuse) {
   const Bytes end = joined({}, magic, Bytes(4), fill);
   EXPECT_EQ(slice(all, all.size() - end.size(), end.size()), end);
   const std::uint8_t* list = good.list.data();
-  EXPECT_EQ(S::generate(list, 9, nullptr, nullptr, 0, &tried.context), 0xFFF60031);
-  EXPECT_EQ(S::generate(list, 9, nullptr, list, 1, &tried.context), 0xFFF40000);
+  EXPECT_EQ(S::generate(list, 9, nullptr, nullptr, 0, &tried.context), CONTEXT_ERR_SHA1_IMAGE);
+  EXPECT_EQ(S::generate(list, 9, nullptr, list, 1, &tried.context), CONTEXT_ERR_SIGNING);
 }
 
 TEST(CodeEncryption, StandaloneHelpersTakeTheFiles) {
@@ -84,15 +107,15 @@ TEST(CodeEncryption, StandaloneHelpersTakeTheFiles) {
     write_bytes("publicKeyInfo_V21.dat",
                 padded(info, 200 * length));  // a longer file's end is ignored
     write_bytes("eFuseData_V21.dat", Bytes(length, 0x5A));
-    const Status expected = length == 20 ? 0 : 0xFFF7A000;
+    const Status expected = length == 20 ? ZEB_SUCCESS : CIPHER_ERR_PARAMETER;
     Bytes code = padded(plain, 64);
-    EXPECT_EQ(do_Encrypt(code.data(), 47), length == 20 ? 0xFFF7C000 : expected);
+    EXPECT_EQ(do_Encrypt(code.data(), 47), length == 20 ? CIPHER_ERR_RUN : expected);
     EXPECT_EQ(code, padded(plain, 64));
     EXPECT_EQ(do_Encrypt(code.data(), 48), expected);
     EXPECT_EQ(slice(code, 0, 48), length == 20 ? aes_cbc(true, key, iv, plain) : plain);
     EXPECT_EQ(do_Decrypt(code.data(), 48), expected);
     EXPECT_EQ(slice(code, 0, 48), plain);
-    EXPECT_EQ(do_Decrypt(code.data(), 47), length == 20 ? 0xFFF7D000 : expected);
+    EXPECT_EQ(do_Decrypt(code.data(), 47), length == 20 ? CIPHER_ERR_DECRYPT : expected);
   }
 }
 
@@ -109,9 +132,9 @@ TEST(PrivateKeyFile, ProtectionNeverChanges) {
   for (const std::int32_t mode : {1, 2}) {
     Bytes bytes = encrypted(mode, some_bytes(1200));
     EXPECT_EQ(do_PrivateKey_Decrypt(mode, bytes.data(), 1200), 0U);
-    EXPECT_EQ(do_PrivateKey_Encrypt(mode, bytes.data(), 1190), 0xFFF7C000);
+    EXPECT_EQ(do_PrivateKey_Encrypt(mode, bytes.data(), 1190), CIPHER_ERR_RUN);
     EXPECT_EQ(bytes, some_bytes(1200));
-    EXPECT_EQ(do_PrivateKey_Decrypt(mode, bytes.data(), 1190), 0xFFF7C000);
+    EXPECT_EQ(do_PrivateKey_Decrypt(mode, bytes.data(), 1190), CIPHER_ERR_RUN);
   }
 }
 
@@ -127,11 +150,11 @@ TEST(PrivateKeyFile, OldFormatHoldsSevenItemsInTheirSlots) {
       expected = joined(expected, padded(item, 4 + slots[k]));
     }
     EXPECT_EQ(convert_To_OldPrivateKey(padded(record, 604).data(), 0, out.data()),
-              fits ? 0 : 0xFFF7B000);
+              fits ? ZEB_SUCCESS : CIPHER_ERR_SETUP);
     EXPECT_EQ(out, fits ? encrypted(1, expected) : Bytes(640));
   }
   Bytes out(640);
-  EXPECT_EQ(convert_To_OldPrivateKey(Bytes(604, 0xFF).data(), 0, out.data()), 0xFFF7B000);
+  EXPECT_EQ(convert_To_OldPrivateKey(Bytes(604, 0xFF).data(), 0, out.data()), CIPHER_ERR_SETUP);
 }
 
 template <typename Print>
@@ -151,6 +174,28 @@ TEST(Dump, PrintsLinesOfBytesAndWholeRowsOfWords) {
             }),
             "0F1E2D\n\n0F1E2D3C4B5A69788796A5B4C3D2E1F0\nA5\nwords\nwords\n" + row + "words\n" +
                 row + "words\n" + row + "0x00000002, 0x00000003, 0x00000004, 0xFFFFFFFF, \n");
+}
+
+TEST(BlockReader, GivesTheFileOnceInBlocks) {
+  const WorkingDirectory here;
+  constexpr std::uint32_t block = 128 << 10;
+  for (const std::uint32_t length : {0U, 1U, block - 1, block, block + 1, 2 * block + 100}) {
+    write_bytes("file", some_bytes(length));
+    sealwright::BlockReader reader("file");
+    Bytes read;
+    while (reader.left() > 100) {
+      const ByteView next = reader.next(reader.left() - 100);
+      read.insert(read.end(), next.begin(), next.end());
+    }
+    const ByteView end = reader.next(100);
+    EXPECT_EQ(end.size(), std::min(length, 100U));
+    read.insert(read.end(), end.begin(), end.end());
+    EXPECT_EQ(read, some_bytes(length)) << length;
+    EXPECT_EQ(reader.left(), 0U);
+  }
+  sealwright::BlockReader reader("file");
+  std::filesystem::resize_file("file", 99);
+  EXPECT_EXIT(std::ignore = reader.next(100), testing::ExitedWithCode(255), "");
 }
 
 TEST(Files, EndsThatCommandsNeverMeet) {
