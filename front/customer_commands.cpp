@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <tuple>
 #include <tuple>
 
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
+#include "front/command_steps.h"
 #include "front/image.h"
 #include "front/texts.h"
 #include "sb10/key_pair.h"
@@ -23,10 +22,8 @@ namespace sealwright {
 
 namespace {
 
-/// In what the commands of the schemes differ.
+/// In what signing and checking differ between the schemes.
 struct Stage2Scheme {
-  const char* generating_line;
-  Status (*generate_key_pair)(std::int32_t mode, const char* base_name);
   Status (*sign)(const char* private_key_file, const std::uint8_t* image,
                  std::uint32_t image_length, std::uint8_t* signature,
                  std::uint32_t* signature_length);
@@ -34,19 +31,10 @@ struct Stage2Scheme {
   ByteView (*load_public_key)(const char* path);
 };
 constexpr Stage2Scheme sb20 = {
-    generating_2048_line, sb20_Generate_KeyPair, sb20_Generate_Stage2, signature_bytes_2048,
+    sb20_Generate_Stage2, signature_bytes_2048,
     [](const char* path) -> ByteView { return load_public_key_file(path); }};
-constexpr Stage2Scheme sb10 = {generating_1024_line, sb10_Generate_KeyPair, sb10_Generate_Stage2,
-                               signature_bytes_1024, load_sb10_stage2_public_key};
-
-std::int32_t generate_keys(Arguments arguments, const Stage2Scheme& scheme) {
-  require_randomness();
-  std::fputs(scheme.generating_line, stdout);
-  // Quirk: here and for root keys the result is 0 also when nothing could be made; scripts depend
-  // on it.
-  std::ignore = scheme.generate_key_pair(stage2_key_mode, arguments[2]);
-  return 0;
-}
+constexpr Stage2Scheme sb10 = {sb10_Generate_Stage2, signature_bytes_1024,
+                               load_sb10_stage2_public_key};
 
 std::int32_t sign(Arguments arguments, const Stage2Scheme& scheme) {
   require_randomness();
@@ -93,11 +81,11 @@ std::int32_t verify(Arguments arguments, const Stage2Scheme& scheme) {
 }  // namespace
 
 std::int32_t generate_sb20_stage2_keys(Arguments arguments) {
-  return generate_keys(arguments, sb20);
+  return make_key_pair(generating_2048_line, sb20_Generate_KeyPair, stage2_key_mode, arguments[2]);
 }
 
 std::int32_t generate_sb10_stage2_keys(Arguments arguments) {
-  return generate_keys(arguments, sb10);
+  return make_key_pair(generating_1024_line, sb10_Generate_KeyPair, stage2_key_mode, arguments[2]);
 }
 
 std::int32_t sign_sb20_stage2(Arguments arguments) {

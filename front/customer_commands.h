@@ -8,19 +8,19 @@
 namespace sealwright {
 
 /// Argument 2: base name of the stage-2 pair. @return 0.
-std::int32_t generate_sb20_stage2_keys(Arguments arguments);
-std::int32_t generate_sb10_stage2_keys(Arguments arguments);
+[[nodiscard]] std::int32_t generate_sb20_stage2_keys(Arguments arguments);
+[[nodiscard]] std::int32_t generate_sb10_stage2_keys(Arguments arguments);
 
 /// Arguments 2 to 4: stage-2 image, output, private-key file.
 /// @return what the scheme's function returns.
-std::int32_t sign_sb20_stage2(Arguments arguments);
-std::int32_t sign_sb10_stage2(Arguments arguments);
+[[nodiscard]] std::int32_t sign_sb20_stage2(Arguments arguments);
+[[nodiscard]] std::int32_t sign_sb10_stage2(Arguments arguments);
 
 /// Arguments 2 and 3: secured stage-2 image, public-key file. @return 0 or -1.
-std::int32_t verify_sb20_stage2(Arguments arguments);
-std::int32_t verify_sb10_stage2(Arguments arguments);
+[[nodiscard]] std::int32_t verify_sb20_stage2(Arguments arguments);
+[[nodiscard]] std::int32_t verify_sb10_stage2(Arguments arguments);
 
 /// Prints the version line. @return 0.
-std::int32_t show_version(Arguments arguments);
+[[nodiscard]] std::int32_t show_version(Arguments arguments);
 
 }  // namespace sealwright

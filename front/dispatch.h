@@ -30,7 +30,7 @@ struct Driver {
 [[nodiscard]] std::int32_t run_command(int argument_count, Arguments arguments,
                                        const Driver& driver);
 
-/// A scheme's driver: takes the whole command line and returns the status of the command.
+/// A scheme's driver: runs the whole command line and returns the status of the command.
 using Main = std::int32_t (*)(int argument_count, Arguments arguments);
 
 /// What an executable hands its command line to.

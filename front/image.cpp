@@ -1,10 +1,8 @@
 #include "front/image.h"
 
-#include <cstdio>
 #include <limits>
 #include <tuple>
 
-#include "crypto/prng.h"
 #include "util/file.h"
 #include "util/process.h"
 
@@ -36,15 +34,6 @@ SecuredImage split(const Image& image, std::uint32_t tail_length) {
   if (image.length < tail_length) return {};
   const ByteView whole = {image.buffer.data(), image.length};
   return {whole.first(image.length - tail_length), whole.last(tail_length)};
-}
-
-void require_randomness() {
-  if (!sealwright::random_source_available()) abort_run();
-}
-
-std::int32_t print_verdict(bool valid, const char* success_line, const char* failure_line) {
-  std::fputs(valid ? success_line : failure_line, stdout);
-  return valid ? 0 : -1;
 }
 
 }  // namespace sealwright

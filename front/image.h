@@ -6,8 +6,6 @@
 #include "crypto/status.h"
 #include "util/large_buffer.h"
 
-// Images as the commands read and write them, and what commands on images share.
-
 namespace sealwright {
 
 /// An image and the room after it.
@@ -33,13 +31,5 @@ struct SecuredImage {
   ByteView tail;  // empty when the image is shorter than its tail
 };
 [[nodiscard]] SecuredImage split(const Image& image, std::uint32_t tail_length);
-
-/// Aborts where neither /dev/random nor the kernel's generator delivers: without them keys and
-/// salts could be guessed. For the start of commands that make keys or signatures.
-void require_randomness();
-
-/// Prints the line for the verdict. @return 0 when valid, otherwise -1.
-[[nodiscard]] std::int32_t print_verdict(bool valid, const char* success_line,
-                                         const char* failure_line);
 
 }  // namespace sealwright

@@ -1,9 +1,8 @@
 #include "front/root_holder_commands.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <tuple>
 
+#include "front/command_steps.h"
 #include "front/image.h"
 #include "front/texts.h"
 #include "sb10/boot_context.h"
@@ -21,8 +20,8 @@ namespace sealwright {
 
 namespace {
 
-/// Seals an image: `seal` works on it and on the `info_length` bytes after it, and leaves in
-/// `context` what follows them.
+/// Seals an image: `seal` works on it and on the `info_length` bytes after it, and fills
+/// `context`, which is put after them.
 template <typename Seal>
 std::int32_t seal_stage1(Arguments arguments, Seal seal, std::uint32_t info_length,
                          ByteView context) {
@@ -35,7 +34,7 @@ std::int32_t seal_stage1(Arguments arguments, Seal seal, std::uint32_t info_leng
   return publish(arguments[3], image, status);
 }
 
-/// In what the checks of the schemes differ.
+/// In what the checks differ between the schemes.
 template <typename Context>
 struct Stage1Check {
   EfuseData (*load_efuse_data)(const char* path, EfuseLength rule);
@@ -62,20 +61,12 @@ std::int32_t verify_stage1(Arguments arguments, const Stage1Check<Context>& sche
 
 }  // namespace
 
-// Quirk: here and for stage-2 keys the result is 0 also when nothing could be made; scripts depend
-// on it.
 std::int32_t generate_sb20_root_keys(Arguments /*arguments*/) {
-  require_randomness();
-  std::fputs(generating_2048_line, stdout);
-  std::ignore = sb20_Generate_KeyPair(root_key_mode, nullptr);
-  return 0;
+  return make_key_pair(generating_2048_line, sb20_Generate_KeyPair, root_key_mode, nullptr);
 }
 
 std::int32_t generate_sb10_root_keys(Arguments /*arguments*/) {
-  require_randomness();
-  std::fputs(generating_1024_line, stdout);
-  std::ignore = sb10_Generate_KeyPair(root_key_mode, nullptr);
-  return 0;
+  return make_key_pair(generating_1024_line, sb10_Generate_KeyPair, root_key_mode, nullptr);
 }
 
 std::int32_t seal_sb20_stage1(Arguments arguments) {

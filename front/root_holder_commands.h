@@ -8,19 +8,19 @@
 namespace sealwright {
 
 /// Prints that a root key is being made, then makes it with its files. @return 0.
-std::int32_t generate_sb20_root_keys(Arguments arguments);
-std::int32_t generate_sb10_root_keys(Arguments arguments);
+[[nodiscard]] std::int32_t generate_sb20_root_keys(Arguments arguments);
+[[nodiscard]] std::int32_t generate_sb10_root_keys(Arguments arguments);
 
 /// Arguments 2 and 3: stage-1 image, output. @return what the scheme's function returns.
-std::int32_t seal_sb20_stage1(Arguments arguments);
-std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments);
-std::int32_t seal_sb10_stage1(Arguments arguments);
+[[nodiscard]] std::int32_t seal_sb20_stage1(Arguments arguments);
+[[nodiscard]] std::int32_t seal_sb20_stage1_with_build_info(Arguments arguments);
+[[nodiscard]] std::int32_t seal_sb10_stage1(Arguments arguments);
 
 /// Arguments 2 and 3: secured stage-1 image, eFuse file. @return 0 or -1.
-std::int32_t verify_sb20_stage1(Arguments arguments);
-std::int32_t verify_sb10_stage1(Arguments arguments);
+[[nodiscard]] std::int32_t verify_sb20_stage1(Arguments arguments);
+[[nodiscard]] std::int32_t verify_sb10_stage1(Arguments arguments);
 
 /// @return 0.
-std::int32_t succeed_in_silence(Arguments arguments);
+[[nodiscard]] std::int32_t succeed_in_silence(Arguments arguments);
 
 }  // namespace sealwright

@@ -35,7 +35,7 @@ ByteView item_at_start(ByteView part) {
 /// the record. @return what they take up; nothing when one of them runs past the record.
 ByteView join_signing_items(WritableBytes list, ByteView record) {
   // Quirk: n and d alone are used, at their fixed places, although the file holds the CRT items,
-  // too; stored files in which only those are damaged depend on it.
+  // too; whoever holds a file with damage in these alone depends on it.
   const ByteView n = item_at_start(record.subspan(n_offset));
   const ByteView d = item_at_start(record.subspan(d_offset));
   if (n.empty() || d.empty()) return list.first(0);

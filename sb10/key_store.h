@@ -51,11 +51,11 @@ struct Sb10SigningKey {
 /// noise when it did not decrypt.
 [[nodiscard]] ByteView load_sb10_root_private_key();
 
-/// Leaves a new root key in the buffers: the info in `sb10_Context`, the eFuse data, the public-key
+/// Puts a new root key into the buffers: the info in `sb10_Context`, the eFuse data, the public-key
 /// file in the first bytes of `publicKey` and the private-key file, encrypted, in `privateKey`.
 void store_sb10_root_key(const Sb10RootKeyFiles& files);
 
-/// Leaves a new stage-2 pair in the buffers: the info in `sb10_Context`, the eFuse data, both files
+/// Puts a new stage-2 pair into the buffers: the info in `sb10_Context`, the eFuse data, both files
 /// in their records, the private one encrypted, and the key item list as it is in `privateKey`.
 void store_sb10_stage2_pair(const Sb10Stage2KeyFiles& files, const Sb10PrivateKeyItems& items);
 

@@ -26,8 +26,8 @@ Status Generate_SB10_PublicKeyInfo(const std::uint8_t* givenKey, std::uint32_t g
                                    const Digit* n, std::uint32_t nWords, const Digit* e,
                                    std::uint32_t eWords, std::uint8_t* eFuseOut,
                                    std::uint32_t* eFuseLen, Sb10PublicKeyInfo* info) {
-  // Quirk: a digit count is compared with a byte count, which no key reaches; callers that test the
-  // refusal of 128 digits depend on it.
+  // Quirk: a digit count is compared with a byte count, which no key reaches; callers of the
+  // library that hand on key records of others depend on the refusal of 128 digits.
   if (*eFuseLen < sb10_efuse_length || nWords == refused_modulus_words) return INFO_ERR_ARGUMENT;
   if (nWords > sizeof info->key.n / digit_bytes || eWords > sizeof info->key.e / digit_bytes) {
     return INFO_ERR_ARGUMENT;

@@ -33,7 +33,7 @@ void load_sb20_root_info(SB20_CONTEXT& context, std::uint32_t length = sizeof(Sb
 /// Reads an encrypted private-key file into `privateKey` as load_private_key_file does.
 [[nodiscard]] Status load_sb20_private_key(ByteView& items, const char* path);
 
-/// Leaves a new key pair in the buffers: the info in `sb20_Context`, the eFuse data, the public-key
+/// Puts a new key pair into the buffers: the info in `sb20_Context`, the eFuse data, the public-key
 /// file in `publicKey` and the private-key file, encrypted, in `privateKey`, whose length is that
 /// of the item list.
 void store_sb20_key_pair(const Sb20KeyFiles& files);

@@ -15,8 +15,8 @@ namespace sealwright {
 
 EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule) {
   const auto file_length = static_cast<std::uint32_t>(read_record(fuses, path));
-  // Quirk: -VERIFY takes the scheme's length, whatever the file has; stored files that lost zeros
-  // at their end or grew depend on it.
+  // Quirk: -VERIFY counts the file as long as the fuses, whatever it is; scripts that verify
+  // against a longer dump of the fuses depend on it.
   return {fuses.data(), rule == EfuseLength::of_file ? file_length : length_of(fuses)};
 }
 
@@ -24,8 +24,8 @@ Status load_private_key_file(ByteView& items, const char* path, std::int32_t mod
                              std::uint32_t tail) {
   privateKeyLen = static_cast<std::uint32_t>(read_whole_or_abort(privateKey, path));
   const Status status = do_PrivateKey_Decrypt(mode, privateKey, privateKeyLen);
-  // Quirk: a fixed count comes off, whatever the bytes are; stored files with any bytes there
-  // depend on it.
+  // Quirk: a fixed count comes off, whatever the bytes are; stored key files whose last bytes are
+  // not zero depend on it.
   privateKeyLen -= std::min(tail, privateKeyLen);
   items = {privateKey, privateKeyLen};
   return status;

@@ -20,7 +20,7 @@ extern std::uint32_t publicKeyLen;
 /// Which length counts as that of the eFuse data in a file.
 enum class EfuseLength {
   of_file,   // the file's: signing refuses a file that is shorter or longer than the fuses
-  of_fuses,  // the fuses': -VERIFY takes what a longer file starts with, and zeros after a shorter
+  of_fuses,  // the fuses': -VERIFY reads that many bytes, and zeros after a shorter file
 };
 
 /// eFuse data in its buffer, which is as long as the scheme's fuses. `length` may be another: who
@@ -35,8 +35,8 @@ namespace sealwright {
 /// Reads an eFuse file into the cleared `fuses`, as far as it fits.
 [[nodiscard]] EfuseData load_efuse_data(WritableBytes fuses, const char* path, EfuseLength rule);
 
-/// Reads a private-key file into `privateKey`, decrypts it and takes off the `tail` bytes that made
-/// it whole blocks. `items` becomes the key item list. A file above 2048 bytes aborts.
+/// Reads a private-key file into `privateKey`, decrypts it and leaves out the `tail` bytes that
+/// made it whole blocks. `items` becomes the key item list. A file above 2048 bytes aborts.
 /// @return what do_PrivateKey_Decrypt returns; after a failure the list is noise.
 [[nodiscard]] Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
                                            std::uint32_t tail);

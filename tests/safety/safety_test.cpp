@@ -47,7 +47,7 @@ void add_key(const char* path, std::int32_t mode, std::size_t d) {
   add_secret(file, d);
 }
 
-/// The key that opens BL1.
+/// The key that decrypts BL1.
 void add_code_key() {
   if (access("eFuseData_V21.dat", R_OK) != 0) return;
   Bytes key = read_bytes("eFuseData_V21.dat");
