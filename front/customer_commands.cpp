@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <tuple>
 
 #include "crypto/rsa.h"
 #include "crypto/sha1.h"
@@ -56,13 +55,12 @@ struct HashedImage {
 HashedImage hash_image(const char* path, std::uint32_t signature_length) {
   HashedImage image = {};
   ZEB_SHA1 hash;
-  std::ignore = ZEB_SHA1_Init(&hash);  // no status but success here and below: no null pointer
+  sha1_init(hash);
   BlockReader reader(path);
   while (reader.left() > signature_length) {
-    const ByteView block = reader.next(reader.left() - signature_length);
-    std::ignore = ZEB_SHA1_Update(&hash, block.data(), length_of(block));
+    sha1_update(hash, reader.next(reader.left() - signature_length));
   }
-  std::ignore = ZEB_SHA1_Final(&hash, image.digest.data());
+  sha1_final(hash, image.digest.data());
   const ByteView signature = reader.next(signature_length);
   std::copy(signature.begin(), signature.end(), image.signature.begin());
   image.is_complete = signature.size() == signature_length;

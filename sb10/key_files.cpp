@@ -42,13 +42,13 @@ void assemble_sb10_public_key(Sb10PublicKeyFile& file, const RsaPublicKey1024& k
 }
 
 void digest_sb10_root_proof(std::uint8_t* digest, const Sb10RootPublicKeyFile& file) {
-  sealwright::sha1(digest, {view_of(file.publicKeyInfo)});
+  sha1(digest, {view_of(file.publicKeyInfo)});
 }
 
 void digest_sb10_proof(std::uint8_t* digest, const Sb10PublicKeyFile& file) {
   const ByteView covered =
       view_of(file).subspan(offsetof(Sb10PublicKeyFile, n), sizeof file.n + sizeof file.e);
-  sealwright::sha1(digest, {covered});
+  sha1(digest, {covered});
 }
 
 void attach_sb10_root_proof(Sb10RootPublicKeyFile& file, ByteView signature) {

@@ -26,8 +26,6 @@ struct Sb10RootPublicKeyFile {
   std::uint8_t popSignature[128];  // over publicKeyInfo
 };
 static_assert(sizeof(Sb10RootPublicKeyFile) == 280);
-// Until all callers say so.
-using Sb10PublicKeyInfoFile = Sb10RootPublicKeyFile;
 
 /// The headers of stage-2 key files.
 inline constexpr char sb10_public_key_text[] = "1.0, Pub, RSA-1024";

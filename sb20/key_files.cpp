@@ -19,7 +19,7 @@ Status assemble_sb20_public_key(Sb20PublicKeyFile& file, WritableBytes efuse_dat
 }
 
 void digest_sb20_proof(std::uint8_t* digest, const Sb20PublicKeyFile& file) {
-  sealwright::sha1(digest, {view_of(file.publicKeyInfo)});
+  sha1(digest, {view_of(file.publicKeyInfo)});
 }
 
 void attach_sb20_proof(Sb20PublicKeyFile& file, ByteView signature) {

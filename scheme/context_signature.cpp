@@ -44,7 +44,7 @@ Status digest_image_and_key(std::uint8_t* digest, const ImageAndKey& covered) {
 
 Status sign_context_digest(WritableBytes signature, const SigningKey& root_key,
                            const std::uint8_t* digest) {
-  const Status status = sealwright::sign_digest_at_size(signature, root_key, digest);
+  const Status status = sign_digest_at_size(signature, root_key, digest);
   return status == ZEB_SUCCESS ? ZEB_SUCCESS : CONTEXT_ERR_SIGNING;
 }
 

@@ -17,7 +17,7 @@ Status make_rsa_key(ZEB_RSA_PRIVATE_KEY& key, Digit exponent, std::uint32_t modu
 void write_item_list(WritableBytes list, std::span<const KeyNumber> numbers) {
   std::uint32_t length = 0;
   for (const KeyNumber& number : numbers) {
-    sealwright::append_key_item(list.data(), length, number.digits, number.digit_count);
+    append_key_item(list.data(), length, number.digits, number.digit_count);
   }
 }
 

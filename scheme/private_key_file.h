@@ -9,9 +9,6 @@
 
 inline constexpr std::int32_t key_file_mode_sb10 = 1;
 inline constexpr std::int32_t key_file_mode_sb20 = 2;
-// Until all callers say so.
-inline constexpr std::int32_t key_file_mode_v11 = key_file_mode_sb10;
-inline constexpr std::int32_t key_file_mode_v21 = key_file_mode_sb20;
 
 /// Encrypts `size` bytes in place; a size that is no multiple of 16 leaves them as they were.
 /// @return 0; CIPHER_ERR_SETUP; CIPHER_ERR_RUN.

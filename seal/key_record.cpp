@@ -42,18 +42,18 @@ void make_sb20(PrivateRecord& record, const ZEB_RSA_PRIVATE_KEY& numbers) {
   Sb20PrivateKeyFile file;
   const WipeOnExit guard(file);
   assemble_sb20_private_key(file, numbers);
-  encrypt_into(record, file, key_file_mode_v21);
+  encrypt_into(record, file, key_file_mode_sb20);
 }
 
 void make_sb10(PrivateRecord& record, const ZEB_RSA_PRIVATE_KEY& numbers, KeyRole role) {
   Sb10RootPrivateKeyFile root = {};
   const WipeOnExit root_guard(root);
   assemble_sb10_private_items(root.items, numbers);
-  if (role == KeyRole::root) return encrypt_into(record, root, key_file_mode_v11);
+  if (role == KeyRole::root) return encrypt_into(record, root, key_file_mode_sb10);
   Sb10PrivateKeyFile file;
   const WipeOnExit file_guard(file);
   assemble_sb10_private_key(file, root.items);
-  encrypt_into(record, file, key_file_mode_v11);
+  encrypt_into(record, file, key_file_mode_sb10);
 }
 
 }  // namespace
@@ -70,7 +70,7 @@ bool assemble_public_record(PublicRecord& record, const PublicKey& key, KeyRole 
     // The data that a stage-2 key is bound to is known to nobody.
     if (!is_root) wipe(efuse.data(), efuse.size());
   } else if (is_root) {
-    auto& file = record.file.emplace<Sb10PublicKeyInfoFile>();
+    auto& file = record.file.emplace<Sb10RootPublicKeyFile>();
     bound = bind(std::get<RsaPublicKey1024>(key.stored), [&](const auto& n, const auto& e) {
       return assemble_sb10_root_public_key(file, efuse.first(sb10_efuse_length), n, e);
     });
@@ -100,7 +100,7 @@ Digest digest_of(const PublicRecord& record) {
   Digest digest = {};
   if (const auto* sb20 = std::get_if<Sb20PublicKeyFile>(&record.file)) {
     digest_sb20_proof(digest.data(), *sb20);
-  } else if (const auto* root = std::get_if<Sb10PublicKeyInfoFile>(&record.file)) {
+  } else if (const auto* root = std::get_if<Sb10RootPublicKeyFile>(&record.file)) {
     digest_sb10_root_proof(digest.data(), *root);
   } else {
     digest_sb10_proof(digest.data(), std::get<Sb10PublicKeyFile>(record.file));
@@ -111,7 +111,7 @@ Digest digest_of(const PublicRecord& record) {
 void attach_proof(PublicRecord& record, ByteView signature) {
   if (auto* sb20 = std::get_if<Sb20PublicKeyFile>(&record.file)) {
     attach_sb20_proof(*sb20, signature);
-  } else if (auto* root = std::get_if<Sb10PublicKeyInfoFile>(&record.file)) {
+  } else if (auto* root = std::get_if<Sb10RootPublicKeyFile>(&record.file)) {
     attach_sb10_root_proof(*root, signature);
   } else {
     attach_sb10_proof(std::get<Sb10PublicKeyFile>(record.file), signature);

@@ -16,7 +16,7 @@ namespace sealwright {
 
 /// A public-key file on its way, and the eFuse data that goes with it.
 struct PublicRecord {
-  std::variant<Sb20PublicKeyFile, Sb10PublicKeyInfoFile, Sb10PublicKeyFile> file;
+  std::variant<Sb20PublicKeyFile, Sb10RootPublicKeyFile, Sb10PublicKeyFile> file;
   std::array<std::uint8_t, sb20_efuse_length> efuse_room = {};
   std::size_t efuse_length = 0;  // 0 for a stage-2 key
 
