@@ -29,6 +29,7 @@ Objection read_private_key(Bl2& bl2, const Options& options) {
                                                  "with --private-key FILE"};
     }
     name = std::string(stem.substr(0, stem.size() - suffix.size())) + ".prv";
+    if (!exists(name)) return give_up(name, "not there; name the private key with --private-key");
   }
   return read_private_half(bl2.private_file, std::move(name), KeyRole::stage2, bl2.stage2.key,
                            bl2.stage2.file.name);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "artefact/escape.h"
+#include "artefact/private_key_file.h"
 
 namespace sealwright {
 
@@ -14,6 +15,19 @@ Objection read_input(InputFile& file, std::string name) {
   if (file.input->failure().empty()) return std::nullopt;
   return give_up(file.name, file.input->failure());
 }
+
+namespace {
+
+/// A private key that nobody else may have: an image written over it would be its end.
+bool is_private_key(const char* name, off_t size) {
+  constexpr off_t largest_key = sizeof(Sb20PrivateKeyFile);
+  if (size > largest_key) return false;
+  const Input input(name);
+  PrivateKey key;
+  return input.failure().empty() && open_private_key_file(key, input.bytes()) && numbers_agree(key);
+}
+
+}  // namespace
 
 Objection check_output(const char* name, std::initializer_list<const InputFile*> inputs) {
   struct stat status = {};
@@ -31,7 +45,8 @@ Objection check_output(const char* name, std::initializer_list<const InputFile*>
                                   : "the same file as " + show_name(file->name) +
                                         ", an input; give the output another name");
   }
-  return std::nullopt;
+  if (!is_private_key(name, status.st_size)) return std::nullopt;
+  return refuse(name, "holds a private key; give the output another name");
 }
 
 std::string join_path(const std::string& folder, const char* name) {

@@ -22,8 +22,8 @@ struct InputFile {
 
 [[nodiscard]] Objection read_input(InputFile& file, std::string name);
 
-/// Whether an image can be written to this name: nothing but a file or a link may stand there, and
-/// none of the inputs, under whatever name.
+/// Whether an image can be written to this name: nothing but a file or a link may stand there, no
+/// private key, and none of the inputs, under whatever name.
 [[nodiscard]] Objection check_output(const char* name,
                                      std::initializer_list<const InputFile*> inputs);
 

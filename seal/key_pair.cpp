@@ -158,6 +158,9 @@ MadeFile made_efuse(const KeyPair& pair, std::string name) {
 Objection check_key_names(const Options& options, KeyRole role) {
   const char* name = options.names[0];
   if (role == KeyRole::root) return check_folder(name);
+  if (std::string_view(name).ends_with('/')) {
+    return give_up(name, "no name for a key pair; the two files get it with endings of their own");
+  }
   const KeyNames& names = key_names(scheme_of(options));
   for (const char* suffix : {names.stage2_private, names.stage2_public}) {
     const std::string file = std::string(name) + suffix;

@@ -32,21 +32,6 @@ void print_complaint(const std::string& text) {
   std::fprintf(stderr, "Sealwright_seal: %s\n", text.c_str());
 }
 
-Objection run_verb(Result& result, const Options& options) {
-  switch (options.verb) {
-    case Verb::root_key:
-      return make_root_key(result, options);
-    case Verb::stage2_key:
-      return make_stage2_key(result, options);
-    case Verb::bl1:
-      return make_bl1(result, options);
-    case Verb::bl2:
-      return make_bl2(result, options);
-    default:
-      return export_key(result, options);
-  }
-}
-
 ExitStatus print_output(const std::string& text) {
   const bool written = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
   if (written) return ExitStatus::made;
@@ -64,8 +49,8 @@ ExitStatus run(const Options& options) {
     return ExitStatus::not_done;
   }
   Result result;
-  const Objection objection = run_verb(result, options);
-  sealwright::forget_random_state();
+  const Objection objection = make(result, options);
+  forget_random_state();
   if (!objection) return print_output(options.json ? to_json(result) : to_words(result));
   print_complaint(objection->text);
   return objection->status;

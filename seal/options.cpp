@@ -144,6 +144,8 @@ std::string find_misfit(const Reading& reading) {
     return name + " takes " + verb.names + ", not " + std::to_string(options.names.size()) +
            (options.names.size() == 1 ? " name" : " names");
   }
+  const auto is_empty = [](const char* given) { return *given == '\0'; };
+  if (std::ranges::any_of(options.names, is_empty)) return "an empty name";
   const std::string_view scheme = options.scheme == nullptr ? "2.1" : options.scheme;
   if (scheme != "2.1" && scheme != "1.1") return "--scheme is 2.1 or 1.1";
   const bool to_output = verb.verb == Verb::export_key && options.names[1] == std::string_view("-");

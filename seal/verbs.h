@@ -7,6 +7,9 @@
 
 namespace sealwright {
 
+/// Runs the verb that the options name.
+[[nodiscard]] Objection make(Result& result, const Options& options);
+
 [[nodiscard]] Objection make_root_key(Result& result, const Options& options);
 [[nodiscard]] Objection make_stage2_key(Result& result, const Options& options);
 [[nodiscard]] Objection make_bl1(Result& result, const Options& options);
