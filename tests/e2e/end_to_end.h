@@ -97,6 +97,11 @@ inline Outcome run(const std::string& command) {
   return outcome;
 }
 
+/// How often a trial of chance is made here: a tenth, unless a variable asks for all.
+inline int trials(int all) {
+  return std::getenv("SEALWRIGHT_ALL_TRIALS") == nullptr ? all / 10 : all;
+}
+
 /// A fresh directory with the keys and images of one scheme, and runs of both tools in it.
 class EndToEnd : public testing::TestWithParam<Scheme> {
  protected:

@@ -21,11 +21,6 @@ namespace {
 // Key generation over an older set, whatever else happens: the folder holds a whole older set or a
 // whole new one, nobody else gets the new key, and nothing of the older set is lost before that.
 
-/// How often a trial of chance is made here: a tenth, unless a variable asks for all.
-int trials(int all) {
-  return std::getenv("SEALWRIGHT_ALL_TRIALS") == nullptr ? all / 10 : all;
-}
-
 std::vector<std::string> temporary_names() {
   std::vector<std::string> names;
   for (const auto& [name, bytes] : read_all_files()) {

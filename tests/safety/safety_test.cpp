@@ -11,6 +11,7 @@
 #include <tuple>
 
 #include "crypto/mem.h"
+#include "crypto/prng.h"
 #include "crypto/prng_state.h"
 #include "front/drivers.h"
 #include "front/texts.h"
@@ -18,6 +19,7 @@
 #include "sb20/records.h"
 #include "sb20/stage1.h"
 #include "scheme/private_key_file.h"
+#include "seal/verbs.h"
 #include "tests/support/bytes.h"
 
 extern char __data_start, _end;  // NOLINT: the linker's bounds of the static data
@@ -40,8 +42,8 @@ void add_secret(const Bytes& bytes, std::size_t from) {
 }
 
 /// The numbers of a private-key file from d on; what comes before is public.
-void add_key(const char* path, std::int32_t mode, std::size_t d) {
-  if (access(path, R_OK) != 0) return;
+void add_key(const std::string& path, std::int32_t mode, std::size_t d) {
+  if (access(path.c_str(), R_OK) != 0) return;
   Bytes file = read_bytes(path);
   do_PrivateKey_Decrypt(mode, file.data(), length_of(file));
   add_secret(file, d);
@@ -69,10 +71,12 @@ void search() {
   constexpr std::size_t d20 = offsetof(Sb20PrivateKeyFile, d);
   constexpr std::size_t d10 = offsetof(Sb10PrivateKeyItems, d);
   secrets = new std::set<std::string>;
-  add_key("privateKey_V21.dat", key_file_mode_sb20, d20);
-  add_key("s_V21.prv", key_file_mode_sb20, d20);
-  add_key("privateKey.dat", key_file_mode_sb10, d10);
-  add_key("s.prv", key_file_mode_sb10, offsetof(Sb10PrivateKeyFile, items) + d10);
+  for (const std::string folder : {"", "d/"}) {
+    add_key(folder + "privateKey_V21.dat", key_file_mode_sb20, d20);
+    add_key(folder + "s_V21.prv", key_file_mode_sb20, d20);
+    add_key(folder + "privateKey.dat", key_file_mode_sb10, d10);
+    add_key(folder + "s.prv", key_file_mode_sb10, offsetof(Sb10PrivateKeyFile, items) + d10);
+  }
   add_code_key();
   const int where = found(stack, stack + stack_length) + 2 * found(&__data_start, &_end);
   _exit(secrets->empty() ? 4 : where);
@@ -91,6 +95,27 @@ void run(const Words& words) {
   // What is left in memory does not depend on how the command ended.
   std::ignore = sealwright::run_main(static_cast<int>(words.size()), words.data(),
                                      {sb10_main, sb20_main, print_SB20_Usage});
+}
+
+/// The verbs of the companion that seals, after the commands above.
+std::vector<Words> verbs_of(bool v11) {
+  const char *scheme = v11 ? "1.1" : "2.1", *key = v11 ? "s.spk" : "s_V21.spk";
+  return {{"root-key", "--scheme", scheme, "d"},
+          {"stage2-key", "--scheme", scheme, "d/s"},
+          {"bl1", "--root", ".", "--stage2-key", key, "image", "bl1"},
+          {"bl2", "--stage2-key", key, "image", "bl2"},
+          {"export-key", v11 ? "privateKey.dat" : "privateKey_V21.dat", "pem"}};
+}
+
+/// @return the exit status.
+int seal(const Words& words) {
+  std::vector<std::string> texts(words.begin(), words.end());
+  std::vector<char*> arguments;
+  for (std::string& text : texts) arguments.push_back(text.data());
+  sealwright::Result result;
+  const auto objection = sealwright::make(result, sealwright::read_options(arguments));
+  forget_random_state();
+  return objection ? static_cast<int>(objection->status) : 0;
 }
 
 /// Does the work in a process of its own and searches what it leaves.
@@ -125,6 +150,11 @@ TEST(Safety, SecretsAreNotLeftInMemory) {
       EXPECT_EQ(remains_of([&] { run(words); }), 0) << words.back();
     }
     for (const char* made : {"bl1", "bl2"}) EXPECT_TRUE(std::filesystem::remove(made)) << v11;
+    for (const Words& words : verbs_of(v11)) {
+      EXPECT_EQ(remains_of([&] { seal(words); }), 0) << words[0];
+    }
+    for (const char* made : {"d", "bl1", "bl2", "pem"})
+      EXPECT_TRUE(std::filesystem::remove_all(made));
   }
   // Alone, so that nothing that comes after it covers its tracks.
   Bytes code(48);
@@ -148,6 +178,13 @@ TEST(Safety, NothingIsMadeWithoutASourceOfRandomness) {
       const WorkingDirectory there;
       const Words words = commands_of(v11)[0];
       EXPECT_EXIT(run_without(words, kernel, !kernel), testing::ExitedWithCode(0), "^$");
+    }
+    for (const Words& words : verbs_of(v11)) {
+      const auto seal_without = [&] {
+        kernel_random_blocked = random_device_blocked = true;
+        std::exit(seal(words));
+      };
+      EXPECT_EXIT(seal_without(), testing::ExitedWithCode(2), "^$") << words[0];
     }
   }
   EXPECT_TRUE(std::filesystem::is_empty("."));
