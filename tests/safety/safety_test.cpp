@@ -114,7 +114,7 @@ int seal(const Words& words) {
   for (std::string& text : texts) arguments.push_back(text.data());
   sealwright::Result result;
   const auto objection = sealwright::make(result, sealwright::read_options(arguments));
-  forget_random_state();
+  sealwright::forget_random_state();
   return objection ? static_cast<int>(objection->status) : 0;
 }
 
