@@ -96,11 +96,12 @@ _sealwright_seal() {
     return
   fi
   case $verb in
-    root-key | stage2-key) words=(--scheme --json --help) ;;
-    bl1) words=(--root --stage2-key --build-info --json --help) ;;
-    bl2) words=(--stage2-key --private-key --json --help) ;;
+    root-key | stage2-key) words=(--scheme --public-key --prepare --signature --padded --json --help) ;;
+    bl1) words=(--root --stage2-key --build-info --prepare --signature --padded --json --help) ;;
+    bl2) words=(--stage2-key --private-key --prepare --signature --padded --json --help) ;;
     export-key) words=(--json --help) ;;
   esac
+  if [[ $given == *' -- '* ]]; then words=(); fi  # a program and its arguments
   for option in "${!words[@]}"; do
     if [[ $given == *" ${words[option]} "* ]]; then unset "words[option]"; fi
   done
