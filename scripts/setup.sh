@@ -3,7 +3,7 @@
 #
 #   need PROBE PACKAGE  notes PACKAGE as missing when the command PROBE fails
 #   need_build_tools    C++20 compiler, cmake, ninja
-#   need_test_tools     those, GoogleTest, OpenSSL and the sanitizers' libraries
+#   need_test_tools     those, GoogleTest, OpenSSL, the sanitizers' libraries and software tokens
 #   need_style_tools    clang-format, clang-tidy, shellcheck
 #   install_missing     installs what was noted and checks that it is there now
 #   say, fail           messages
@@ -65,6 +65,8 @@ has_openssl() {
 
 has_sanitizers() { printf 'int main() {}\n' | compiles -fsanitize=address,undefined; }
 
+has_pkcs11_engine() { openssl engine pkcs11 >/dev/null 2>&1; }
+
 missing_probes=()
 missing_packages=()
 
@@ -91,6 +93,10 @@ need_test_tools() {
   need 'has_command make' make
   need 'has_command parallel' parallel
   need has_sanitizers g++
+  # Tokens that the documents sign with.
+  need 'has_command softhsm2-util' softhsm2
+  need 'has_command pkcs11-tool' opensc
+  need has_pkcs11_engine libengine-pkcs11-openssl
 }
 
 need_style_tools() {

@@ -7,6 +7,7 @@
 #   <!-- run -->              in a fresh folder with keys and images of both schemes
 #   <!-- run on -->           where the block before it ended
 #   <!-- run before all -->   once more before each later block of the document
+#   <!-- run, chains -->      and then whole chains with its signers, as sign_chains.sh says
 #   <!-- run, refuse FILE@OFFSET... -->   and once for each FILE with a byte changed, when it must fail
 #                             (without OFFSET the middle one; below 0 counted from the end)
 #   <!-- run on, file NAME -->            is no command but becomes the file NAME there
@@ -42,6 +43,12 @@ fail() {
   printf 'error: %s\n' "$*" >&2
   exit 1
 }
+
+# The signing host of the documents is this machine.
+mkdir host
+printf '#!/bin/sh\nshift\nexec sh -c "$*"\n' >host/ssh
+chmod +x host/ssh
+PATH=$work/host:$PATH
 
 # The examples of the manual pages; they go through both schemes, from keys to verified images.
 mkdir fresh
@@ -142,6 +149,9 @@ for document in "$root"/README.md "$root"/docs/*.md; do
       run_block "$way" room "$block" || { cat output >&2; fail "$what, as $way"; }
     done
     rm -rf start
+    if [[ $marker == *chains* ]]; then
+      (cd room && "$root/scripts/sign_chains.sh" >../output 2>&1) || { cat output >&2; fail "$what: chains"; }
+    fi
     blocks=$((blocks + 1))
   done
   if ((blocks > 0)); then echo "Ran $blocks blocks of ${document##*/}; $refusals refusals"; fi
