@@ -50,14 +50,17 @@ printf '#!/bin/sh\nshift\nexec sh -c "$*"\n' >host/ssh
 chmod +x host/ssh
 PATH=$work/host:$PATH
 
-# The examples of the manual pages; they go through both schemes, from keys to verified images.
+# The examples of the manual pages; those of the frozen programs go through both schemes, from keys to
+# verified images, and leave the files that blocks begin with.
 mkdir fresh
 head -c 15360 /dev/urandom >fresh/BL1.bin
 head -c 61441 /dev/urandom >fresh/BL2.bin
 for program in Sealwright_V21_client Sealwright_V21 Sealwright_inspect Sealwright_seal; do
   [[ -e $root/docs/$program.1 ]] || continue
-  sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;p}' "$root/docs/$program.1" >examples.sh
-  (cd fresh && bash -e -o pipefail ../examples.sh) >>output
+  sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;s/\\e$/\\/;p}' "$root/docs/$program.1" >examples.sh
+  folder=fresh
+  if [[ $program == Sealwright_seal ]]; then folder=seal && cp -a fresh seal; fi
+  (cd "$folder" && bash -e -o pipefail ../examples.sh) >>output || fail "the examples of $program(1)"
 done
 (($(grep -c '^Stage .: Signature verification is successful.$' output) == 6)) ||
   fail "an example of the manual pages did not end with a valid image"
