@@ -84,30 +84,6 @@ _sealwright_offer_new() {
   _sealwright_offer "$1" yes "${new[@]}"
 }
 
-# The verb first, then its options that have not been given, and files.
-_sealwright_seal() {
-  local words=() given=" ${COMP_WORDS[*]:1:COMP_CWORD-1} " verb=${COMP_WORDS[1]} option
-  if ((COMP_CWORD == 1)); then
-    _sealwright_offer "$2" '' root-key stage2-key bl1 bl2 export-key --help --version
-    return
-  fi
-  if [[ ${COMP_WORDS[COMP_CWORD - 1]} == --scheme ]]; then
-    _sealwright_offer "$2" '' 2.1 1.1
-    return
-  fi
-  case $verb in
-    root-key | stage2-key) words=(--scheme --public-key --prepare --signature --padded --json --help) ;;
-    bl1) words=(--root --stage2-key --build-info --prepare --signature --padded --json --help) ;;
-    bl2) words=(--stage2-key --private-key --prepare --signature --padded --json --help) ;;
-    export-key) words=(--json --help) ;;
-  esac
-  if [[ $given == *' -- '* ]]; then words=(); fi  # a program and its arguments
-  for option in "${!words[@]}"; do
-    if [[ $given == *" ${words[option]} "* ]]; then unset "words[option]"; fi
-  done
-  _sealwright_offer "$2" yes "${words[@]}"
-}
-
 # Words and, where files may stand and no word is being typed, files that start with $1.
 _sealwright_offer() {
   mapfile -t COMPREPLY < <(compgen -W "${*:3}" -- "$1")

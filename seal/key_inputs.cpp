@@ -33,7 +33,7 @@ std::size_t private_length(Scheme scheme, KeyRole role) {
 }  // namespace
 
 Objection read_stage2_file(Stage2File& stage2, const char* name) {
-  if (const Objection objection = read_input(stage2.file, name)) return objection;
+  if (Objection objection = read_input(stage2.file, name)) return objection;
   const auto found = read_public_key_file(stage2.file.bytes());
   if (!found) return refuse_as_public(stage2.file);
   if (found->key.scheme == Scheme::sb10 && found->root_info) {
@@ -53,7 +53,7 @@ Objection read_stage2_file(Stage2File& stage2, const char* name) {
 }
 
 Objection read_private_file(PrivateFile& file, std::string name) {
-  if (const Objection objection = read_input(file.file, std::move(name))) return objection;
+  if (Objection objection = read_input(file.file, std::move(name))) return objection;
   const ByteView bytes = file.file.bytes();
   if (!open_private_key_file(file.key, bytes)) {
     return refuse(file.file.name, "no private-key file, or a damaged one (" +
@@ -66,7 +66,7 @@ Objection read_private_file(PrivateFile& file, std::string name) {
 
 Objection read_private_half(PrivateFile& file, std::string name, KeyRole role,
                             const PublicKey& public_half, const std::string& public_name) {
-  if (const Objection objection = read_private_file(file, std::move(name))) return objection;
+  if (Objection objection = read_private_file(file, std::move(name))) return objection;
   const std::size_t length = private_length(public_half.scheme, role);
   const std::size_t found = file.file.bytes().size();
   if (found != length) {

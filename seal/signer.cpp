@@ -33,7 +33,7 @@ Signer key_signer(const PrivateKey& key, std::string file) {
 Objection obtain_signature(Signature& signature, const Signer& signer, const SigningTask& task) {
   signature.length = task.key.modulus.size();
   const WritableBytes room = WritableBytes(signature.room).first(signature.length);
-  if (const Objection objection = signer.sign(room, task)) return objection;
+  if (Objection objection = signer.sign(room, task)) return objection;
   const PssFindings findings =
       check_new_signature(signature.bytes(), numbers_of(task.key), task.digest);
   if (findings.verdict == PssVerdict::valid) return std::nullopt;

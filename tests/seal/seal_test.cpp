@@ -129,10 +129,10 @@ TEST_P(Seal, WhatItMakesIsWhatTheMainProgramMakes) {
                           slice(ours, 0, context + s.key_length()),
                           slice(ours, context + s.context_signature, s.length)));
     for (Bytes* image : {&ours, &theirs}) {
-      if (with_info) std::fill_n(image->begin() + code.size() + 4, 4, 0);
-      std::fill_n(image->begin() + context + s.context_signature, s.length, 0);
+      if (with_info) std::fill_n(&image->at(code.size() + 4), 4, 0);
+      std::fill_n(&image->at(context + s.context_signature), s.length, 0);
       EXPECT_NE(slice(*image, context + s.uncovered, 4), Bytes(4));
-      std::fill_n(image->begin() + context + s.uncovered, s.is_v11() ? 48 : 96, 0);
+      std::fill_n(&image->at(context + s.uncovered), s.is_v11() ? 48 : 96, 0);
     }
     EXPECT_EQ(ours, theirs);
     const Bytes signed2 = read_bytes("out2");
