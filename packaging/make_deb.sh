@@ -84,6 +84,6 @@ Description: keys and sealed images for two-stage secure boot
  will be accepted before it is shipped or a fuse is burnt.
  .
  The package holds the tool for the signing party with the frozen command line
- (Sealwright_V21) and the documents for those who run it; all other programs come
- with sealwright-client.
+ (Sealwright_V21) and the documents for those who run it; all other programs
+ come with sealwright-client.
 CONTROL

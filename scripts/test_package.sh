@@ -57,7 +57,7 @@ package_tool() {
   if ((EUID != 0)); then as_root=(fakeroot); fi
   PATH=$PATH:/usr/sbin:/sbin "${as_root[@]}" dpkg --root="$root" --ignore-depends=libc6 "$@" >"$work/log" 2>&1
 }
-# What a folder holds, or would, names beginning with a dot apart.
+# The files and links of a root, but for those of the package manager.
 files_in() { (cd "$1" && find . -path ./var -prune -o \( -type f -o -type l \) -print | sort); }
 
 # sound_documents FOLDER: every document that a document or manual page there names is there, every
