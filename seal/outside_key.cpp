@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include "seal/key_pair.h"
 #include "seal/outside_signer.h"
@@ -55,8 +56,11 @@ Objection prepare_root(Result& result, const KeyPair& pair, const Options& optio
   folder.add(in_folder(goes_out), to_sign.bytes(), FileAccess::by_umask);
   const Failure failure = folder.publish();
   if (failed(failure)) return complain(place.folder, failure);
+  MadeFile efuse = made_efuse(pair, efuse_name);
+  efuse.words = "eFuse data, " + std::to_string(efuse.size) +
+                " bytes, waits with the key: fuse nothing before the key is proved";
   result.signer = "pending";
-  result.files = {made_efuse(pair, efuse_name), made_pending(names.pending, {&bytes, 1}),
+  result.files = {std::move(efuse), made_pending(names.pending, {&bytes, 1}),
                   made_to_sign(goes_out, to_sign, pair.task)};
   return std::nullopt;
 }
