@@ -1,10 +1,13 @@
 // Damaged keys, signatures and encodings, and damaged files of every kind. Whatever comes, it ends;
 // what is accepted, OpenSSL accepts or is what was made.
 
+#include "artefact/key_encoding.h"
+#include "artefact/public_key_import.h"
 #include "crypto/cpu.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
 #include "scheme/private_key_file.h"
+#include "seal/diagnosis.h"
 #include "tests/support/schemes.h"
 
 namespace {
@@ -144,6 +147,28 @@ void inspect_files(const Choose& choose) {
   require(same || !boots, "an image that was not made");
 }
 
+template <typename S>
+void import_key(const Choose& choose) {
+  using namespace sealwright;
+  const Bytes stored = public_key_of(sealed<S>.key, S::length);
+  decltype(S::Context::stage2PublicKey) record;
+  std::ranges::copy(stored, writable_view_of(record).begin());
+  const PublicKey key = to_public_key(record);
+  const std::string pem = encode_pem(key);
+  const bool text = choose(2) == 0;
+  Bytes file = text ? Bytes(pem.begin(), pem.end()) : encode_der(key);
+  damage(file, choose);
+  const ImportedKey imported = import_public_key(file, key.scheme);
+  require(imported.key.has_value() == imported.refusal.empty(), "a key or a reason");
+  // DER writes a key in one way alone, and the short form is another length.
+  const bool is_short = file.size() < encode_der(key).size();
+  const bool same = !imported.key || text || is_short || encode_der(*imported.key) == file;
+  require(same, "DER that says the same in another way");
+  if (choose(2) == 0) file.resize(S::length);  // so that it may be a signature
+  const KeyCandidate candidate = {"key", key};
+  require(!diagnose({file, some_bytes(20), {}}, {&candidate, 1}).empty(), "a guess");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -156,7 +181,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   sealwright::force_crypto_paths(
       {(form & 4) == 0, (form & 8) == 0, (form & 16) == 0, (form & 32) == 0});
   const bool v11 = (form & 1) != 0;
-  if ((form & 2) != 0) {
+  if ((form & 64) != 0) {
+    v11 ? import_key<V11>(choose) : import_key<V21>(choose);
+  } else if ((form & 2) != 0) {
     v11 ? inspect_files<V11>(choose) : inspect_files<V21>(choose);
   } else {
     v11 ? verify_signature<V11>(choose) : verify_signature<V21>(choose);
