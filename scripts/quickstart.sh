@@ -50,9 +50,10 @@ say "Building the tool in build/release"
   if [[ ! -f build/release/build.ninja ]]; then
     cmake --preset release -DSEALWRIGHT_TESTS=OFF
   fi
-  cmake --build --preset release --target sealwright_main sealwright_client sealwright_inspect_main
+  cmake --build --preset release --target sealwright_main sealwright_client \
+    sealwright_inspect_main sealwright_seal_main
 )
-export PATH="$root/build/release/front:$root/build/release/inspect:$PATH"
+export PATH="$root/build/release/front:$root/build/release/inspect:$root/build/release/seal:$PATH"
 
 # --- The images.
 
@@ -74,8 +75,9 @@ make_or_copy() {
 make_or_copy BL1.bin "$sample_bl1_length" "${1:-}"
 make_or_copy BL2.bin "$sample_bl2_length" "${2:-}"
 
-# --- The walk. The exit status of Sealwright_V21 does not tell success from failure (see the manual), so
-# each step is judged by its verdict line and by the files that it must have written.
+# --- The walk, by the frozen commands and by Sealwright_seal. The exit status of Sealwright_V21 does not
+# tell success from failure (see the manual), so each of its steps is judged by its verdict line and by
+# the files that it must have written.
 
 stop() {
   fail "stopped: $*. What was made so far is in $demo."
@@ -87,13 +89,13 @@ set_scheme() {
   if [[ $scheme == 2.1 ]]; then
     public_info=publicKeyInfo_V21.dat private_key=privateKey_V21.dat efuse=eFuseData_V21.dat
     spk=stage2Key_V21.spk prv=stage2Key_V21.prv sealed_in=publicKeyInfo_V21_stage2.dat
-    secured_bl1=secured_BL1_V21.bin secured_bl2=secured_BL2_V21.bin
+    secured_bl1=secured_BL1_V21.bin secured_bl2=secured_BL2_V21.bin release=release_V21.spk
     lengths=([public_info]=548 [private_key]=1200 [efuse]=20 [spk]=548 [prv]=1200)
     context_length=1024 signature_length=256
   else
     public_info=publicKeyInfo.dat private_key=privateKey.dat efuse=eFuseData.dat
     spk=stage2Key.spk prv=stage2Key.prv sealed_in=stage2_key.spk
-    secured_bl1=secured_BL1_V11.bin secured_bl2=secured_BL2.bin
+    secured_bl1=secured_BL1_V11.bin secured_bl2=secured_BL2.bin release=release.spk
     lengths=([public_info]=280 [private_key]=608 [efuse]=16 [spk]=308 [prv]=640)
     context_length=512 signature_length=128
   fi
@@ -161,8 +163,21 @@ walk() {
   made "$secured_bl2" $(($(length_of BL2.bin) + signature_length))
   run Sealwright_V21 "-v$scheme" "$secured_bl2" "$spk" -STAGE2_VERIFY
   verdict 'Stage 2: Signature verification is successful.'
-  run Sealwright_inspect --boot "$efuse" "$secured_bl1" "$secured_bl2"
-  ((status == 0)) || stop "a device with these fuses would not boot this"
+  succeed Sealwright_inspect --boot "$efuse" "$secured_bl1" "$secured_bl2"
+}
+
+# Runs a command whose exit status is true.
+succeed() {
+  run "$@"
+  ((status == 0)) || stop "the last command ended with status $status"
+}
+
+walk_with_proof() {
+  succeed Sealwright_seal root-key --scheme "$scheme" keys
+  succeed Sealwright_seal stage2-key --scheme "$scheme" release
+  succeed Sealwright_seal bl1 --root keys --stage2-key "$release" BL1.bin proved_BL1.bin
+  succeed Sealwright_seal bl2 --stage2-key "$release" BL2.bin proved_BL2.bin
+  succeed Sealwright_inspect --boot --code BL1.bin "keys/$efuse" proved_BL1.bin proved_BL2.bin
 }
 
 for version in 2.1 1.1; do
@@ -171,6 +186,9 @@ for version in 2.1 1.1; do
   say "Scheme $scheme: the commands as typed in $demo/v$scheme"
   cd "$demo/v$scheme"
   walk
+  printf '\n'
+  say "The same with Sealwright_seal, which proves what it makes and replaces no key:"
+  walk_with_proof
 done
 
 # --- What there is now.
@@ -198,14 +216,17 @@ for version in 2.1 1.1; do
   if [[ $scheme == 2.1 ]]; then describe secured_BL1_V21_info.bin "the same with build information"; fi
   describe BL2.bin "second-stage image"
   describe "$secured_bl2" "sealed BL2: image and signature"
+  describe "$release" "stage-2 public key of Sealwright_seal; its private half and keys/ belong to it"
+  describe proved_BL1.bin "BL1 sealed by Sealwright_seal"
+  describe proved_BL2.bin "BL2 sealed by Sealwright_seal"
 done
 cat <<END
 
 What to do next:
-  - These keys are for trying out. For devices, make a folder for each key set, make the root keys
-    there with "Sealwright_V21 -v2.1 -KEYGEN" and back them up: the command writes over older ones.
+  - These keys are for trying out. For devices, make the root keys with "Sealwright_seal root-key FOLDER",
+    which never replaces any, and back the folder up.
   - Read docs/security.md before you fuse anything, and docs/keys.md on keeping keys.
   - Install the tool and its manual:   cmake --install build/release --prefix DIRECTORY
-  - Customers who make and check stage-2 keys and images alone get Sealwright_V21_client.
+  - docs/customers.md says what customers get, who sign their own second stage.
   - Run the tests:                     scripts/test.sh
 END
