@@ -25,10 +25,13 @@ head -c 1001 /dev/urandom >project/BL2.bin
 {
   Sealwright_seal root-key project/keys && Sealwright_seal stage2-key project/keys/release &&
     cp project/keys/release_V21.spk project/keys/public_half &&
-    cp project/keys/release_V21.prv 'project/keys/private half'
+    cp project/keys/release_V21.prv 'project/keys/private half' &&
+    Sealwright_seal stage2-key project/keys/elsewhere &&
+    Sealwright_seal export-key project/keys/elsewhere_V21.prv project/elsewhere.pem &&
+    rm project/keys/elsewhere_V21.prv
 } >log || fail "no keys"
 
-readonly all='info/secured_BL1.bin secured BL2.bin secured_BL1.bin secured_BL2.bin '
+readonly all='info/secured_BL1.bin secured BL2.bin secured_BL1.bin secured_BL2.bin secured_elsewhere.bin '
 
 # makes OUTPUTS: a build makes these outputs anew and no other.
 makes() {
@@ -52,7 +55,7 @@ for generator in Ninja 'Unix Makefiles'; do
   boots info/secured_BL1.bin 'secured BL2.bin'
   makes '' "nothing has changed"
   touch project/BL2.bin
-  makes 'secured BL2.bin secured_BL2.bin ' "a new BL2"
+  makes 'secured BL2.bin secured_BL2.bin secured_elsewhere.bin ' "a new BL2"
   touch project/BL1.in
   makes 'info/secured_BL1.bin secured_BL1.bin ' "a new BL1"
   for key in privateKey_V21.dat publicKeyInfo_V21.dat eFuseData_V21.dat; do

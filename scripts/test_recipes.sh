@@ -56,7 +56,6 @@ mkdir fresh
 head -c 15360 /dev/urandom >fresh/BL1.bin
 head -c 61441 /dev/urandom >fresh/BL2.bin
 for program in Sealwright_V21_client Sealwright_V21 Sealwright_inspect Sealwright_seal; do
-  [[ -e $root/docs/$program.1 ]] || continue
   sed -n '/^\.EX/,/^\.EE/{/^\.E[XE]/d;s/\\-/-/g;s/\\e$/\\/;p}' "$root/docs/$program.1" >examples.sh
   folder=fresh
   if [[ $program == Sealwright_seal ]]; then folder=seal && cp -a fresh seal; fi
