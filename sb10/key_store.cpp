@@ -114,6 +114,7 @@ ByteView load_sb10_root_private_key() {
   // file failing in signing, with the stage's line.
   std::ignore = load_private_key_file(items, sb10_root_private_key_file, key_file_mode_sb10,
                                       sizeof Sb10RootPrivateKeyFile::tail);
+  privateKeyLen = length_of(items);
   return items;
 }
 

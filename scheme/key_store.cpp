@@ -26,8 +26,8 @@ Status load_private_key_file(ByteView& items, const char* path, std::int32_t mod
   const Status status = do_PrivateKey_Decrypt(mode, privateKey, privateKeyLen);
   // Quirk: a fixed count comes off, whatever the bytes are; stored key files whose last bytes are
   // not zero depend on it.
-  privateKeyLen -= std::min(tail, privateKeyLen);
-  items = {privateKey, privateKeyLen};
+  items = {privateKey, privateKeyLen - std::min(tail, privateKeyLen)};
+  if (status == ZEB_SUCCESS) privateKeyLen = length_of(items);
   return status;
 }
 

@@ -37,7 +37,8 @@ namespace sealwright {
 
 /// Reads a private-key file into `privateKey`, decrypts it and leaves out the `tail` bytes that
 /// made it whole blocks. `items` becomes the key item list. A file above 2048 bytes aborts.
-/// @return what do_PrivateKey_Decrypt returns; after a failure the list is noise.
+/// @return what do_PrivateKey_Decrypt returns; after a failure the list is noise, and
+///         `privateKeyLen` stays the file's length.
 [[nodiscard]] Status load_private_key_file(ByteView& items, const char* path, std::int32_t mode,
                                            std::uint32_t tail);
 

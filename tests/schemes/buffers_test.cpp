@@ -186,6 +186,11 @@ TEST_F(Buffers, HoldNoOlderContextWhenTheRootKeyCannotBeDecrypted) {
   write_bytes("privateKey_V21.dat", Bytes(1190));
   EXPECT_EQ(sb20_Generate_Stage1(nullptr, 0), CIPHER_ERR_RUN);
   EXPECT_EQ(bytes_of(sb20_Context), Bytes(sizeof sb20_Context));
+  EXPECT_EQ(privateKeyLen, 1190U);
+  // Scheme 1.1 goes on with what it has.
+  write_bytes("privateKey.dat", Bytes(610));
+  EXPECT_EQ(sealwright::load_sb10_root_private_key().size(), 606U);
+  EXPECT_EQ(privateKeyLen, 606U);
 }
 
 }  // namespace
