@@ -8,6 +8,7 @@
 #include "inspect/describe.h"
 #include "scheme/private_key_file.h"
 #include "seal/diagnosis.h"
+#include "seal/options.h"
 #include "tests/support/schemes.h"
 
 namespace {
@@ -169,6 +170,43 @@ void import_key(const Choose& choose) {
   require(!diagnose({file, some_bytes(20), {}}, {&candidate, 1}).empty(), "a guess");
 }
 
+/// Command lines of the companion that makes keys and images. What is taken for one has all that
+/// its verb needs, and nothing is read or written yet.
+void read_command_line(const Choose& choose) {
+  constexpr const char* known[] = {"root-key",     "stage2-key",
+                                   "bl1",          "bl2",
+                                   "export-key",   "--json",
+                                   "--root",       "--scheme",
+                                   "2.1",          "--scheme=1.1",
+                                   "--build-info", "--stage2-key",
+                                   "--padded",     "--prepare",
+                                   "--root=",      "--private-key",
+                                   "--signature",  "--public-key",
+                                   "--help",       "--version",
+                                   "--",           "-",
+                                   "name",         ""};
+  std::vector<std::string> words(choose(12));
+  for (std::string& word : words) {
+    word = known[choose(std::size(known))];
+    Bytes bytes(word.begin(), word.end());
+    if (choose(8) == 7) damage(bytes, choose);
+    word.assign(bytes.begin(), bytes.end());
+  }
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  const sealwright::Options options = sealwright::read_options(arguments);
+  using sealwright::Verb;
+  const bool refused = options.request == sealwright::Request::refuse;
+  require(refused != options.complaint.empty(), "a reason for each refusal");
+  require(!sealwright::help_text(options.verb).empty(), "help");
+  if (options.request != sealwright::Request::make) return;
+  const bool images = options.verb == Verb::bl1 || options.verb == Verb::bl2;
+  require(options.verb != Verb::none, "a verb");
+  require(options.names.size() == (images || options.verb == Verb::export_key ? 2U : 1U), "names");
+  require(!images || options.stage2_key != nullptr, "a stage-2 key");
+  require(options.verb != Verb::bl1 || options.root != nullptr, "a root key");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -181,7 +219,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   sealwright::force_crypto_paths(
       {(form & 4) == 0, (form & 8) == 0, (form & 16) == 0, (form & 32) == 0});
   const bool v11 = (form & 1) != 0;
-  if ((form & 64) != 0) {
+  if ((form & 128) != 0) {
+    read_command_line(choose);
+  } else if ((form & 64) != 0) {
     v11 ? import_key<V11>(choose) : import_key<V21>(choose);
   } else if ((form & 2) != 0) {
     v11 ? inspect_files<V11>(choose) : inspect_files<V21>(choose);
