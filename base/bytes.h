@@ -12,6 +12,8 @@ static_assert(std::endian::native == std::endian::little,
 using ByteView = std::span<const std::uint8_t>;
 using WritableBytes = std::span<std::uint8_t>;
 
+namespace sealwright {
+
 /// The bytes of a record, which has no padding.
 template <typename Record>
 ByteView view_of(const Record& record) {
@@ -48,3 +50,5 @@ inline std::uint32_t load_be32(const std::uint8_t* bytes) {
 inline void store_be32(std::uint8_t* bytes, std::uint32_t word) {
   store_le32(bytes, __builtin_bswap32(word));
 }
+
+}  // namespace sealwright

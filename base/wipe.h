@@ -6,6 +6,8 @@
 
 // Secrets are cleared from memory when they are no longer needed.
 
+namespace sealwright {
+
 /// Fills `length` bytes at `bytes` with zeros; the compiler cannot leave it out.
 inline void wipe(void* bytes, std::size_t length) {
   std::memset(bytes, 0, length);
@@ -21,6 +23,8 @@ inline void wipe(void* bytes, std::size_t length) {
   wipe(below, sizeof below);
 }
 
+}  // namespace sealwright
+
 /// Clears an object when the scope ends, on every path. Declare it right after the object.
 class WipeOnExit {
  public:
@@ -28,7 +32,7 @@ class WipeOnExit {
   template <typename Object>
   explicit WipeOnExit(Object& object)
       : secret_(std::as_writable_bytes(std::span<Object, 1>(&object, 1))) {}
-  ~WipeOnExit() { wipe(secret_.data(), secret_.size()); }
+  ~WipeOnExit() { sealwright::wipe(secret_.data(), secret_.size()); }
   WipeOnExit(const WipeOnExit&) = delete;
   WipeOnExit(WipeOnExit&&) = delete;
   WipeOnExit& operator=(const WipeOnExit&) = delete;

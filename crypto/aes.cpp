@@ -9,6 +9,8 @@
 namespace {
 
 using sealwright::aes_rounds;
+using sealwright::load_le32;
+using sealwright::store_le32;
 
 using ByteTable = std::array<std::uint8_t, 256>;
 using WordTable = std::array<std::uint32_t, 256>;

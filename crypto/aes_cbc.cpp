@@ -13,6 +13,7 @@ namespace {
 using sealwright::aes_cbc_decrypt_by_processor;
 using sealwright::aes_cbc_encrypt_by_processor;
 using sealwright::crypto_paths;
+using sealwright::length_of;
 
 void encrypt_portable(const AesKeySchedule& encryption, std::uint8_t* chain, const std::uint8_t* in,
                       std::uint8_t* out, std::size_t blocks) {

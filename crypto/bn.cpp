@@ -13,8 +13,10 @@ namespace {
 using sealwright::add_row;
 using sealwright::bn_significant_digits;
 using sealwright::double_and_add_squares;
+using sealwright::load_be32;
 using sealwright::mul_add_row;
 using sealwright::mul_sub_row;
+using sealwright::store_be32;
 using sealwright::sub_row;
 using sealwright::subtract_multiple;
 

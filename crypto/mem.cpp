@@ -4,6 +4,9 @@
 
 #include "base/bytes.h"
 
+using sealwright::load_le32;
+using sealwright::store_le32;
+
 namespace {
 
 constexpr std::uint32_t word_size = 4;

@@ -14,6 +14,9 @@
 #include "crypto/prng_state.h"
 #include "crypto/sha1.h"
 
+using sealwright::load_le32;
+using sealwright::store_le32;
+
 std::uint8_t sabSecretState[prng_block_length] = {};
 std::uint8_t sabRandPool[prng_block_length] = {};
 std::uint32_t uIndexRandPool = prng_block_length;

@@ -10,6 +10,9 @@
 #include "crypto/prng.h"
 #include "crypto/sha1.h"
 
+using sealwright::length_of;
+using sealwright::store_be32;
+
 namespace {
 
 constexpr std::uint32_t hash_length = sha1_digest_length;

@@ -9,6 +9,10 @@
 #include "crypto/key_items.h"
 #include "crypto/sha1.h"
 
+using sealwright::length_of;
+using sealwright::load_le32;
+using sealwright::wipe_dead_stack;
+
 namespace {
 
 constexpr std::uint32_t hash_length = sha1_digest_length;

@@ -8,6 +8,8 @@
 #include "crypto/prime.h"
 #include "crypto/prime_trial.h"
 
+using sealwright::wipe_dead_stack;
+
 namespace {
 
 constexpr std::uint32_t min_modulus_bits = 128;        // below it a prime has no digit left to vary

@@ -11,6 +11,7 @@
 namespace {
 
 using sealwright::crypto_paths;
+using sealwright::load_be32;
 using sealwright::sha1_compress_by_processor;
 
 constexpr std::uint32_t initial_state[5] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,

@@ -8,6 +8,8 @@
 #include "scheme/entry_table.h"
 #include "scheme/status.h"
 
+using sealwright::view_of;
+
 namespace sealwright {
 
 void fill_sb10_context(SB10_CONTEXT& context, const RsaPublicKey1024& stage2_key) {

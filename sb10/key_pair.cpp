@@ -13,6 +13,8 @@
 #include "util/file.h"
 #include "util/file_set.h"
 
+using sealwright::writable_view_of;
+
 namespace sealwright {
 
 namespace {

@@ -6,6 +6,8 @@
 #include "sb10/key_store.h"
 #include "scheme/messages.h"
 
+using sealwright::view_of;
+
 Status sb10_Generate_Stage2(const char* privateKeyFile, const std::uint8_t* image,
                             std::uint32_t imageLen, std::uint8_t* signatureOut,
                             std::uint32_t* signatureLen) {

@@ -13,6 +13,8 @@
 #include "scheme/entry_table.h"
 #include "scheme/status.h"
 
+using sealwright::view_of;
+
 namespace sealwright {
 
 void fill_sb20_context(SB20_CONTEXT& context, const RsaPublicKey2048& stage2_key) {

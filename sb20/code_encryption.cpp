@@ -10,6 +10,8 @@
 #include "scheme/status.h"
 #include "util/large_buffer.h"
 
+using sealwright::view_of;
+
 namespace {
 
 constexpr std::uint32_t parameter_length = 16;  // bytes of an AES-128 key and of an IV

@@ -5,6 +5,8 @@
 #include "scheme/key_binding.h"
 #include "scheme/status.h"
 
+using sealwright::writable_view_of;
+
 namespace {
 
 constexpr std::uint32_t refused_modulus_words = 256;

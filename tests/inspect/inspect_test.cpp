@@ -11,6 +11,7 @@
 namespace {
 
 using sealwright::to_public_key;
+using sealwright::writable_view_of;
 using testing::HasSubstr;
 
 std::string hex(const Bytes& bytes) {

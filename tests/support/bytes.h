@@ -17,6 +17,10 @@
 
 #include "base/bytes.h"
 
+using sealwright::load_le32;
+using sealwright::store_le32;
+using sealwright::view_of;
+
 // Bytes and files of a test, ways to damage them, and the reader of the vectors.
 
 using Bytes = std::vector<std::uint8_t>;
