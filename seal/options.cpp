@@ -104,7 +104,8 @@ std::string take_option(Reading& reading, const char* argument) {
     options.*row->value = reading.rest.front();
     reading.rest = reading.rest.subspan(1);
   }
-  return "";
+  // As with `--root "$KEYS"` where KEYS is not set: an empty folder would be the working directory.
+  return *(options.*row->value) != '\0' ? "" : std::string(row->word) + " has an empty value";
 }
 
 /// Whether what was said of who signs goes together. @return why it does not; empty if it does.
