@@ -104,7 +104,7 @@ struct Execution {
 [[noreturn]] void become_program(const Execution& execution, const Pipes& pipes, pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(EXIT_FAILURE);  // who died before that call sends nothing
-  for (const int number : {SIGPIPE, SIGXFSZ, SIGCHLD}) std::signal(number, SIG_DFL);
+  for (const int number : {SIGPIPE, SIGXFSZ, SIGCHLD, SIGTERM}) std::signal(number, SIG_DFL);
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -35,10 +35,10 @@ struct ProgramResult {
 
 /// Runs a program in the foreground of our terminal and waits for its end, however long that takes.
 /// It finds the input on its standard input and the end after it, and its standard error is ours.
-/// SIGPIPE, SIGXFSZ and SIGCHLD have their usual effect on it and no signal is held back. Of our
-/// descriptors it gets none; those that we were given stay open for it, as for any program. It is
-/// sent SIGTERM when we die, whatever we die of. Its end ends the output, also where something that
-/// it started holds the pipe open.
+/// SIGPIPE, SIGXFSZ, SIGCHLD and SIGTERM have their usual effect on it and no signal is held back.
+/// Of our descriptors it gets none; those that we were given stay open for it, as for any program.
+/// It is sent SIGTERM when we die, whatever we die of. Its end ends the output, also where
+/// something that it started holds the pipe open.
 ProgramResult run_program(const ProgramCall& call);
 
 }  // namespace sealwright
