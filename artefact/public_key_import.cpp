@@ -20,6 +20,9 @@ constexpr const char* no_key_refusal =
 constexpr const char* certificate_refusal =
     "a certificate: give the public key in it ('openssl x509 -pubkey -noout' prints it)";
 
+/// Bytes; keys, also with a text about them, and certificates are much smaller.
+constexpr std::size_t largest_file = 65536;
+
 /// rsaEncryption (1.2.840.113549.1.1.1).
 constexpr std::array<std::uint8_t, 9> rsa_encryption = {0x2A, 0x86, 0x48, 0x86, 0xF7,
                                                         0x0D, 0x01, 0x01, 0x01};
@@ -162,6 +165,7 @@ PublicKey store(const Numbers& numbers, Scheme scheme) {
 }  // namespace
 
 ImportedKey import_public_key(ByteView file, Scheme scheme) {
+  if (file.size() > largest_file) return {std::nullopt, no_key_refusal};
   const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   std::vector<std::uint8_t> der(file.begin(), file.end());
   if (text.find(pem_begin) != std::string_view::npos) {

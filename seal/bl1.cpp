@@ -34,7 +34,8 @@ Objection check_code(const Bl1& bl1, bool with_build_info) {
     const std::string name = show_name(bl1.code.name);
     return refuse(bl1.code.name, std::to_string(length) + " bytes are no whole blocks of 16, as " +
                                      "scheme 2.1 encrypts them; add " + std::to_string(missing) +
-                                     " zero bytes with: truncate -s %16 " + name);
+                                     (missing == 1 ? " zero byte" : " zero bytes") +
+                                     " with: truncate -s %16 " + name);
   }
   return std::nullopt;
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "artefact/escape.h"
 #include "artefact/hex.h"
 #include "artefact/text_encodings.h"
 #include "crypto/pss.h"
@@ -20,6 +21,8 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::uint8_t pss_trailer = 0xBC;
 /// Bytes; no usual hash is longer. A longer one is seen by chance in one number of some 30,000.
 constexpr std::uint32_t longest_usual_salt = 64;
+/// Bytes; a signature as text, in whatever lines, is shorter.
+constexpr std::size_t longest_text = 4096;
 
 /// The faults that are not empty, as one part of a sentence.
 std::string list_faults(const std::vector<std::string>& faults) {
@@ -41,6 +44,7 @@ struct Reading {
 /// The forms in which a signature of this length may have come.
 std::vector<Reading> read_all_ways(ByteView given, std::size_t length) {
   std::vector<Reading> readings;
+  if (given.size() > longest_text) return readings;
   const auto add = [&](Bytes bytes, const std::string& fault) {
     if (bytes.size() != length) return;
     std::ranges::reverse(bytes);
@@ -145,9 +149,9 @@ std::string diagnose(const WrongSignature& wrong, std::span<const KeyCandidate> 
     for (const Reading& reading : readings) {
       const PssFindings findings = check_new_signature(reading.signature, numbers, wrong.digest);
       if (const auto fault = recognise(wrong, findings)) {
-        return list_faults({reading.fault,
-                            right_key ? "" : "it was made by the key of " + candidate.name,
-                            *fault});
+        return list_faults(
+            {reading.fault,
+             right_key ? "" : "it was made by the key of " + show_name(candidate.name), *fault});
       }
       if (!right_key || &reading != &readings.front()) continue;
       guess = list_faults({reading.fault, "it was made by another key or of something else"});

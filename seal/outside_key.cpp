@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "artefact/escape.h"
 #include "seal/key_pair.h"
 #include "seal/outside_signer.h"
 #include "util/new_file.h"
@@ -102,7 +103,7 @@ Objection assemble_again(KeyPair& pair, const KeyCandidate& key, const TakenUp& 
   if (role == KeyRole::stage2) return std::nullopt;
   const auto info = read_root_info(bytes);
   if (info && fuses_hold(data, *info)) return std::nullopt;
-  return refuse(efuse.name, "does not belong to " + taken_up.pending.name +
+  return refuse(efuse.name, "does not belong to " + show_name(taken_up.pending.name) +
                                 ": one of the two has changed since --prepare");
 }
 
@@ -201,6 +202,8 @@ Objection make_key_elsewhere(Result& result, const Options& options, KeyRole rol
   const Signer signer = outside_signer(options, nothing, {&key, 1});
   Signature proof;
   if (auto objection = obtain_signature(proof, signer, pair.task)) return objection;
+  // The program may have taken hours.
+  if (auto objection = check_key_names(options, role)) return objection;
   result.signer = signer.name;
   return finish_key_pair(result, pair, proof, options);
 }

@@ -85,4 +85,12 @@ TEST_P(Outside, TakesNoOtherKeys) {
   }
 }
 
+TEST_P(Outside, MakesNoKeyBesideAPrivateOneThatCameMeanwhile) {
+  write_script("signer", "touch k" + s.private_suffix + "; sign key");
+  const std::string command = "stage2-key --scheme " + version + " --public-key key.pub k";
+  EXPECT_THAT(seal(command + " -- ./signer").output,
+              HasSubstr("k" + s.private_suffix + ": exists already"));
+  EXPECT_FALSE(std::filesystem::exists("k" + s.public_suffix));
+}
+
 }  // namespace
