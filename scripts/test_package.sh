@@ -8,8 +8,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/setup.sh
 readonly source_folder=$PWD
 
-say "Looking for the compiler and Debian's packaging tools"
-need_build_tools
+say "Looking for what the tests need, and Debian's packaging tools"
+need_test_tools  # the documents are walked through as installed
 need 'has_command dpkg-shlibdeps' dpkg-dev
 need 'has_command lintian' lintian
 need 'has_command man' man-db

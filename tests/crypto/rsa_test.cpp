@@ -88,7 +88,7 @@ TEST_P(Rsa, OnlyTheTopBitOfAnEncodingIsNotChecked) {
   for (const std::size_t salt : {0U, 3U, 20U}) {
     Bytes other = message, encoded;
     do {  // a hash that starts with 1 could be taken for the separator where that is missing
-      store_le32(&other[0], load_le32(&other[0]) + 1);
+      store_le32(other.data(), load_le32(other.data()) + 1);
       encoded = pss_encode(widest[0], sha1(other), salt);
     } while (encoded[length - 21] != 1);
     const Bytes signature = reversed(encoded);
@@ -113,7 +113,7 @@ TEST_P(Rsa, OnlyTheSecondWrapperHonoursTheLengthFields) {
       {length, 0, false}, {length, 0x80000000, false}, {260, 4, false},     {0x7FFFFFFF, 4, false}};
   for (const auto& [n_length, e_length, good] : cases) {
     Bytes blob = public_key_of(key, 256);
-    store_le32(&blob[0], n_length);
+    store_le32(blob.data(), n_length);
     store_le32(&blob[260], e_length);
     EXPECT_EQ(verify(true, blob, message, signature), good ? ZEB_SUCCESS : VERIFY_ERR_RSA)
         << n_length;
@@ -122,8 +122,9 @@ TEST_P(Rsa, OnlyTheSecondWrapperHonoursTheLengthFields) {
 }
 
 TEST_P(Rsa, RefusesBadLengthsAndKeys) {
-  for (const std::size_t other : {0U, 127U, 200U, 257U})
+  for (const std::size_t other : {0U, 127U, 200U, 257U}) {
     expect_status(some_bytes(other), VERIFY_ERR_SIGNATURE_LENGTH);
+  }
   // The message is hashed before the length is looked at.
   EXPECT_EQ(verify(true, public_key, {}, some_bytes(200)), VERIFY_ERR_SHA1_UPDATE);
   for (const std::int32_t mode : {rsa_mode_plain, rsa_mode_crt}) {

@@ -133,7 +133,7 @@ TEST_P(KeySet, IsReplacedWholeWhereRenamesHaveNoFlags) {
 }
 
 TEST_P(KeySet, NothingThatStandsUnderANameIsOpened) {
-  std::filesystem::permissions(s.root_private, std::filesystem::perms(0644));
+  std::filesystem::permissions(s.root_private, std::filesystem::perms{0644});
   std::ifstream held_open(s.root_private, std::ios::binary);
   EXPECT_EQ(run(keygen).status, 0);
   EXPECT_EQ(Bytes(std::istreambuf_iterator<char>(held_open), {}), device(0).at(s.root_private));

@@ -33,7 +33,7 @@ class Inspect : public EndToEnd {
     const std::unique_ptr<BIO, int (*)(BIO*)> pem(BIO_new(BIO_s_mem()), BIO_free);
     PEM_write_bio_RSA_PUBKEY(pem.get(), made.get());
     char* text = nullptr;
-    const long length = BIO_get_mem_data(pem.get(), &text);
+    const auto length = BIO_get_mem_data(pem.get(), &text);
     texts[key + "_MODULUS"] = hex(reversed(modulus));
     texts[key + "_SHA1"] = hex(sha1(der));
     texts[key + "_PEM\n"] = std::string(text, static_cast<std::size_t>(length));
@@ -105,7 +105,7 @@ TEST(InspectKeys, MadeUpLengthsProveNothing) {
       joined(bytes_of(stored_key(some_bytes(256), 256, 3, 4)), some_bytes(20), bytes_of(128U)),
       548);
   store_le32(&short_proof[128], 1);
-  for (const std::size_t at : {127, 259}) short_proof[at] |= 0x80;
+  for (const std::size_t at : {127U, 259U}) short_proof[at] |= 0x80;
   short_proof[4] |= 1;
   const Bytes digest = sha1(slice(short_proof, 0, 288));
   std::ranges::copy(reversed(pss_encode(slice(short_proof, 0, 128), digest, 20)),
@@ -133,7 +133,7 @@ TEST(InspectBuildInfo, IsRecognisedByTagAndZeros) {
   EXPECT_THAT(describe_json(image),
               HasSubstr(R"("code_size": 32, "build_info": {"time": "2009-02-13T23:31:30Z", )"
                         R"("tag": "Vextral T.QRV Stage2Key"})"));
-  for (const std::size_t at : {32, 43, 44, 67, 68, 79}) {
+  for (const std::size_t at : {32U, 43U, 44U, 67U, 68U, 79U}) {
     EXPECT_THAT(describe_json(damage(image, at)), HasSubstr(R"("build_info": null)"));
   }
   EXPECT_THAT(describe_json(image), testing::ContainsRegex("root key is irr.*stage-2 key is irr"));
@@ -146,7 +146,7 @@ TEST_P(Inspect, TellsTheSchemeOfAnImageWithBothMarks) {
   Bytes image = read_bytes("sealed1");
   std::ranges::copy(sb20_context_magic, &image[image.size() - 1024 + 944]);
   std::ranges::copy(sb10_context_magic, &image[image.size() - 512 + 476]);
-  const std::string own = "\"scheme\": \"" + s.option.substr(2) + '"';
+  const std::string own = R"("scheme": ")" + s.option.substr(2) + '"';
   EXPECT_THAT(describe_json(image), testing::AllOf(HasSubstr(own), HasSubstr(R"("sound": true)")));
   EXPECT_THAT(describe_json(damage(image, 0)), HasSubstr(R"("scheme": "2.1")"));
 }

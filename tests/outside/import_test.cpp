@@ -46,7 +46,8 @@ std::string openssl_sha1(const Bytes& der) {
 }
 
 TEST(PublicKeyImport, TakesWhatOpensslWritesAndNothingThatItReadsInAnotherWay) {
-  std::mt19937_64 engine(testing::UnitTest::GetInstance()->random_seed());
+  std::mt19937_64 engine(
+      static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
   int taken = 0;
   for (const Scheme scheme : {Scheme::sb10, Scheme::sb20}) {
     const Key key = test_key(8 * facts_of(scheme).modulus_length);

@@ -114,7 +114,8 @@ TEST_P(Pending, FinishesAnInterruptedSecondStep) {
 }
 
 TEST_P(Pending, KillsLeaveNothingHalf) {
-  std::mt19937_64 random(testing::UnitTest::GetInstance()->random_seed());
+  std::mt19937_64 random(
+      static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
   const auto killed_after = [](double seconds, const std::string& arguments) {
     // Only the program itself is killed, not who signs, and its caller ignores the other signal.
     run("timeout --foreground -s KILL " + std::to_string(seconds) +

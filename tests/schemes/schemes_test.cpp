@@ -105,7 +105,7 @@ TEST(CodeEncryption, StandaloneHelpersTakeTheFiles) {
   const Bytes iv = slice(sha1(slice(info, 0, 268)), 0, 16);
   Bytes key = slice(info, 268, 16);
   for (std::uint8_t& byte : key) byte ^= 0x5A;
-  for (const std::size_t length : {19, 20, 21}) {
+  for (const std::size_t length : {19U, 20U, 21U}) {
     write_bytes("publicKeyInfo_V21.dat",
                 padded(info, 200 * length));  // a longer file's end is ignored
     write_bytes("eFuseData_V21.dat", Bytes(length, 0x5A));

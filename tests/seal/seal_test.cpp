@@ -11,7 +11,7 @@ using testing::HasSubstr;
 
 class Seal : public SealEndToEnd {
  protected:
-  std::string hex(const Bytes& bytes) const {
+  static std::string hex(const Bytes& bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
       text += "0123456789abcdef"[byte >> 4];
@@ -91,7 +91,8 @@ TEST_P(Seal, SaysWhatItMade) {
 }
 
 TEST_P(Seal, WhatItMakesIsWhatTheMainProgramMakes) {
-  std::mt19937_64 random(testing::UnitTest::GetInstance()->random_seed());
+  std::mt19937_64 random(
+      static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
   const std::string tool = full_tool + " " + s.option + " ", spk = "key" + s.public_suffix;
   for (int i = 0; i < trials(150); ++i) {
     // Each time new keys, made by either program, in a folder of their own.
@@ -292,7 +293,8 @@ TEST_P(Seal, LeavesNothingOnAFullDisk) {
 }
 
 TEST_P(Seal, IsKilledAtAnyMoment) {
-  std::mt19937_64 random(testing::UnitTest::GetInstance()->random_seed());
+  std::mt19937_64 random(
+      static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
   const std::string new_public = "new" + s.public_suffix, new_private = "new" + s.private_suffix;
   const Bytes older = {1, 2, 3};
   const auto is_older = [&](const char* name) { return read_bytes(name) == older; };
