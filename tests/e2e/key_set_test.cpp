@@ -49,9 +49,11 @@ class KeySet : public EndToEnd {
  protected:
   const std::vector<std::string> names = {s.root_info, s.root_private, s.efuse};
   const std::string tool = full_tool + " " + s.option + " ", keygen = tool + "-KEYGEN";
-  Files older = device(0);
+  const Files& older = device(0);
   std::mt19937_64 engine{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())};
 
+  /// Keys of 2.1 take several times as long to make, and the same code puts them in their place.
+  int tries(int all) const { return std::max(2, trials(s.is_v11() ? all : all / 3)); }
   bool is_one_set(const Files& files) const {
     for (const std::string& name : names) {
       if (!files.contains(name) || files.at(name).size() != older.at(name).size()) return false;
@@ -165,7 +167,7 @@ TEST_P(KeySet, AFileThatAppearsMeanwhileIsNotWritten) {
       std::filesystem::create_hard_link("bait", s.root_private, refused);
     }
   });
-  for (int i = 0; i < trials(100) && std::filesystem::file_size("bait") == 0; ++i) run(keygen);
+  for (int i = 0; i < tries(100) && std::filesystem::file_size("bait") == 0; ++i) run(keygen);
   done = true;
   planter.join();
   EXPECT_EQ(read_bytes("bait"), Bytes());
@@ -178,16 +180,16 @@ TEST_P(KeySet, IsWholeWithoutMemoryAndUnderALimitOfFileSizes) {
     start_again();
   };
   std::filesystem::rename("sealed2", "out");
-  for (int i = 0, steps = trials(100); i < steps; ++i) {
+  for (int i = 0, steps = tries(100); i < steps; ++i) {
     const int limit = (2000 + i * 2000 / steps) << 10;  // from no start at all to success
     expect_whole("as", limit);
     run("prlimit --as=" + std::to_string(limit) + " " + tool + seal2);
     ASSERT_EQ(std::filesystem::file_size("out"), 1001 + s.length) << limit;
   }
-  for (int i = 0, steps = trials(50); i < steps; ++i) expect_whole("fsize", i * 1300 / steps);
+  for (int i = 0, steps = tries(50); i < steps; ++i) expect_whole("fsize", i * 1300 / steps);
 }
 
-TEST_P(KeySet, IsWholeOnAFullDiskWithAnotherWriter) {
+TEST_P(KeySet, IsWholeOnADiskThatIsFullAtAnyPoint) {
   const auto enter_small_disk = [] {
     const std::string folder = std::filesystem::current_path();
     return unshare(CLONE_NEWNS) == 0 &&
@@ -195,28 +197,17 @@ TEST_P(KeySet, IsWholeOnAFullDiskWithAnotherWriter) {
            mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0 && chdir(folder.c_str()) == 0;
   };
   const auto part = [&] {
-    start_again();
-    std::atomic<bool> done = false;
-    std::thread writer([&, seed = engine()] {
-      std::mt19937_64 choose(seed);
-      const Bytes page(4096);
-      const int filler = open("filler", O_WRONLY | O_CREAT | O_APPEND, 0600);
-      while (!done) {
-        const off_t size = lseek(filler, 0, SEEK_END);
-        if (write(filler, page.data(), page.size()) <= 0 && choose() % 64 == 0) {
-          EXPECT_EQ(ftruncate(filler, size - static_cast<off_t>(choose() % 6 * 4096)), 0);
-        }
-        usleep(static_cast<useconds_t>(choose() % 100));
-      }
+    const Bytes page(4096);
+    for (off_t left = 0; left < 12 * std::ssize(page); left += std::ssize(page)) {
+      std::filesystem::remove("filler");
+      start_again();
+      const int filler = open("filler", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+      while (write(filler, page.data(), page.size()) > 0) continue;
+      EXPECT_EQ(ftruncate(filler, lseek(filler, 0, SEEK_END) - left), 0);
       close(filler);
-    });
-    for (int i = 0; i < trials(200); ++i) {
       run(keygen);
-      EXPECT_TRUE(is_whole(found())) << found();
-      older = read_all_files();
+      EXPECT_TRUE(is_whole(found())) << left << found();
     }
-    done = true;
-    writer.join();
   };
   if (!run_apart(enter_small_disk, part)) GTEST_SKIP() << "may not mount a small disk";
 }
@@ -224,7 +215,7 @@ TEST_P(KeySet, IsWholeOnAFullDiskWithAnotherWriter) {
 // Half of the kills come at any moment, half shortly after the first change in the folder.
 TEST_P(KeySet, SurvivesAKillAtAnyMoment) {
   std::map<std::string, int> seen;
-  for (int i = 0; i < trials(300); ++i) {
+  for (int i = 0; i < tries(300); ++i) {
     const int watch = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(watch, ".", IN_CREATE | IN_OPEN | IN_MODIFY | IN_MOVE);
     const pid_t child = fork();
@@ -234,7 +225,7 @@ TEST_P(KeySet, SurvivesAKillAtAnyMoment) {
     }
     const bool is_early = i % 2 == 0;
     pollfd change = {watch, POLLIN, 0};
-    EXPECT_EQ(is_early ? poll(&change, 1, 20'000) : 1, 1);
+    EXPECT_EQ(is_early ? poll(&change, 1, 200'000) : 1, 1);
     usleep(static_cast<useconds_t>(engine() % (is_early ? 4000 : 200'000)));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
@@ -244,11 +235,11 @@ TEST_P(KeySet, SurvivesAKillAtAnyMoment) {
   }
   for (const auto& [what, count] : seen) RecordProperty(what, count);
   EXPECT_EQ(seen["half a set"], 0);
-  EXPECT_LE(seen["both"], 1 + trials(300) / 100);
+  EXPECT_LE(seen["both"], 2 + tries(300) / 10);
 }
 
 TEST_P(KeySet, IsOfOneRunWhenTwoMakeItAtOnce) {
-  for (int i = 0; i < trials(50); ++i) {
+  for (int i = 0; i < tries(50); ++i) {
     run("sh -c '" + keygen + " & " + keygen + " & wait'");
     ASSERT_EQ(found(), "newer");
   }
@@ -257,7 +248,7 @@ TEST_P(KeySet, IsOfOneRunWhenTwoMakeItAtOnce) {
   const int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);
   std::thread waiting([&] { run(keygen); });
-  for (int i = 0; i < 200 && temporary_names().size() < names.size(); ++i) usleep(10'000);
+  for (int i = 0; i < 6000 && temporary_names().size() < names.size(); ++i) usleep(10'000);
   usleep(50'000);
   for (const std::string& name : names) EXPECT_EQ(read_bytes(name), device(0).at(name));
   close(folder);
