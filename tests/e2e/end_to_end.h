@@ -79,6 +79,37 @@ inline const std::string& line(const std::string& name, int stage = 0) {
   return lines.at(stage == 0 ? name : name + std::to_string(stage));
 }
 
+/// The rows of a text file, each of so many columns; the last one may hold the separator.
+inline std::vector<std::vector<std::string>> read_rows(const std::string& name,
+                                                       std::size_t columns) {
+  std::ifstream file(TEST_DATA "/" + name);
+  std::vector<std::vector<std::string>> rows;
+  for (std::string text; std::getline(file, text);) {
+    if (text.empty() || text[0] == '#') continue;
+    std::istringstream in(text);
+    rows.emplace_back();
+    for (std::size_t i = 1; std::getline(in, text, i < columns ? '|' : '\n'); ++i) {
+      const std::size_t end = text.find_last_not_of(' ') + 1;
+      rows.back().push_back(text.substr(0, end).substr(std::min(text.find_first_not_of(' '), end)));
+    }
+    rows.back().resize(columns);
+  }
+  require(!rows.empty(), "no rows in " + name);
+  return rows;
+}
+
+/// A text with what each of these words stands for, but for variables of the shell.
+inline std::string with_words(std::string text, const std::map<std::string, std::string>& words) {
+  for (const auto& [name, word] : words) {
+    for (std::size_t at = 0; (at = text.find(name, at)) != std::string::npos;) {
+      const bool is_variable = at > 0 && text[at - 1] == '$';
+      if (!is_variable) text.replace(at, name.size(), word);
+      at += is_variable ? name.size() : word.size();
+    }
+  }
+  return text;
+}
+
 struct Outcome {
   int status;  // exit status, or the signal that ended it, negative; 124 for a hang
   std::string output;
@@ -88,13 +119,24 @@ struct Outcome {
 inline Outcome run(const std::string& command) {
   static constexpr rlimit no_core = {0, 0};
   setrlimit(RLIMIT_CORE, &no_core);  // some abort, as they should
-  std::FILE* pipe = popen(("exec 2>&1 timeout 60 " + command).c_str(), "r");
+  std::FILE* pipe = popen(("exec 2>&1 timeout 240 " + command).c_str(), "r");
   require(pipe != nullptr, "cannot run " + command);
   Outcome outcome;
   for (int c = 0; (c = std::fgetc(pipe)) != EOF;) outcome.output += static_cast<char>(c);
   const int status = pclose(pipe);
   outcome.status = WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
   return outcome;
+}
+
+/// Runs a script.
+inline Outcome shell(const std::string& script) {
+  return run("sh -c '" + with_words(script, {{"'", R"('\'')"}}) + "'");
+}
+
+/// Random numbers that differ from run to run where --gtest_shuffle or --gtest_random_seed asks.
+inline std::mt19937_64 seeded_engine() {
+  return std::mt19937_64(
+      static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
 }
 
 /// How often a trial of chance is made here: a tenth, unless a variable asks for all.
@@ -117,23 +159,26 @@ class EndToEnd : public testing::TestWithParam<Scheme> {
   void restore() const {
     for (const auto& [name, bytes] : device(0)) write_bytes(name, bytes);
   }
+  const Files& device(int which) const { return device(which, s); }
   /// The files of one of two devices, made by the tool itself.
-  const Files& device(int which) const {
+  static const Files& device(int which, const Scheme& s) {
     static std::map<std::string, Files> made;
     Files& files = made[s.name + std::to_string(which)];
     if (!files.empty()) return files;
     const WorkingDirectory there;
     write_bytes("BL1.bin", some_bytes(1024));
     write_bytes("BL2.bin", some_bytes(1001));
-    std::filesystem::create_symlink(public_key, s.stage2_public);
+    std::filesystem::create_symlink("key" + s.public_suffix, s.stage2_public);
     const std::string tool = full_tool + " " + s.option + " ";
     const std::string sealed_p = s.is_v11() ? "BL1.bin sealed_p -STAGE1" : "BL1.bin sealed_p x -P";
-    const Outcome outcome = run("sh -ec '" + tool + "-KEYGEN; " + tool + "key -STAGE2_KEYGEN; " +
-                                tool + "BL1.bin sealed1 -STAGE1; " + tool + sealed_p + "; " + tool +
-                                "BL2.bin sealed2 " + private_key + " -STAGE2'");
+    const Outcome outcome = shell("set -e; " + tool + "-KEYGEN; " + tool + "key -STAGE2_KEYGEN; " +
+                                  tool + "BL1.bin sealed1 -STAGE1; " + tool + sealed_p + "; " +
+                                  tool + "BL2.bin sealed2 key" + s.private_suffix + " -STAGE2");
     require(outcome.status == 0, outcome.output);
     return files = read_all_files();
   }
+
+  const Scheme& other_scheme() const { return s.is_v11() ? v21 : v11; }
 
   /// Runs a command, a stage-2 one with both tools. A negative status is the signal that ends it.
   void expect_run(const std::string& command, int status, const std::string& text) const {

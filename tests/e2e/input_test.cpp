@@ -226,7 +226,7 @@ TEST(Programs, TheClientHoldsNoCodeOfTheRootKey) {
 // The same 150 runs of a scheme each time. For more, and others:
 // --gtest_filter=*RandomDamage* --gtest_shuffle --gtest_repeat=100.
 TEST_P(Input, RandomDamageIsNeverTakenForGood) {
-  std::mt19937_64 engine(static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
+  std::mt19937_64 engine = seeded_engine();
   const Choose choose = [&](std::size_t limit) { return engine() % limit; };
   const auto any_of = [&](const auto& set) {
     return *std::next(set.begin(), static_cast<std::ptrdiff_t>(choose(set.size())));

@@ -50,7 +50,7 @@ class KeySet : public EndToEnd {
   const std::vector<std::string> names = {s.root_info, s.root_private, s.efuse};
   const std::string tool = full_tool + " " + s.option + " ", keygen = tool + "-KEYGEN";
   const Files& older = device(0);
-  std::mt19937_64 engine{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())};
+  std::mt19937_64 engine = seeded_engine();
 
   /// Keys of 2.1 take several times as long to make, and the same code puts them in their place.
   int tries(int all) const { return std::max(2, trials(s.is_v11() ? all : all / 3)); }

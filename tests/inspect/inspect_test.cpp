@@ -1,8 +1,5 @@
 #include <openssl/pem.h>
-#include <openssl/x509.h>
 #include <sys/stat.h>
-
-#include <iomanip>
 
 #include "artefact/escape.h"
 #include "sb20/public_key_info.h"
@@ -10,15 +7,10 @@
 
 namespace {
 
+using sealwright::to_hex;
 using sealwright::to_public_key;
 using sealwright::writable_view_of;
 using testing::HasSubstr;
-
-std::string hex(const Bytes& bytes) {
-  std::ostringstream text;
-  for (const unsigned byte : bytes) text << std::hex << std::setw(2) << std::setfill('0') << byte;
-  return text.str();
-}
 
 class Inspect : public EndToEnd {
  protected:
@@ -27,34 +19,27 @@ class Inspect : public EndToEnd {
                const std::string& name, std::size_t n) const {
     const Bytes modulus = slice(read_bytes(name), n, s.length);
     const Owned<RSA> made = make_rsa(modulus, s.is_v11() ? 65537 : 3);
-    Bytes der(512);
-    unsigned char* end = der.data();
-    der.resize(static_cast<std::size_t>(i2d_RSA_PUBKEY(made.get(), &end)));
-    const std::unique_ptr<BIO, int (*)(BIO*)> pem(BIO_new(BIO_s_mem()), BIO_free);
+    const Owned<BIO> pem(BIO_new(BIO_s_mem()));
     PEM_write_bio_RSA_PUBKEY(pem.get(), made.get());
     char* text = nullptr;
     const auto length = BIO_get_mem_data(pem.get(), &text);
-    texts[key + "_MODULUS"] = hex(reversed(modulus));
-    texts[key + "_SHA1"] = hex(sha1(der));
+    texts[key + "_MODULUS"] = to_hex(reversed(modulus));
+    texts[key + "_SHA1"] = to_hex(sha1(der_of(made.get())));
     texts[key + "_PEM\n"] = std::string(text, static_cast<std::size_t>(length));
   }
 };
 RUN_FOR_BOTH_SCHEMES(Inspect);
 
 TEST_P(Inspect, PrintsWhatFilesHold) {
-  std::map<std::string, std::string> texts = {{"CODE_SHA1", hex(sha1(read_bytes("BL1.bin")))},
+  std::map<std::string, std::string> texts = {{"CODE_SHA1", to_hex(sha1(read_bytes("BL1.bin")))},
                                               {"SCHEME", s.option.substr(2)},
                                               {"BITS", std::to_string(8 * s.length)},
                                               {"EXPONENT", s.is_v11() ? "65537" : "3"},
                                               {"EFUSE_SIZE", std::to_string(s.efuse_length)}};
   add_key(texts, "ROOT", s.root_info, s.root.n);
   add_key(texts, "STAGE2", public_key, s.stage2.n);
-  std::string transcript = text_file("inspect_" + s.name) + text_file("inspect");
-  for (const auto& [name, text] : texts) {
-    for (std::size_t at = 0; (at = transcript.find(name, at)) != std::string::npos;) {
-      transcript.replace(at, name.size(), text);
-    }
-  }
+  const std::string transcript =
+      with_words(text_file("inspect_" + s.name) + text_file("inspect"), texts);
   Bytes words = read_bytes(s.efuse);
   write_bytes("turned_bytes", reversed(words));
   for (auto word = words.begin(); word != words.end(); word += 4) std::reverse(word, word + 4);

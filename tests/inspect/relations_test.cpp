@@ -37,7 +37,7 @@ class Relations : public EndToEnd {
         {"root", scheme.root_info}, {"private", scheme.root_private}, {"fuses", scheme.efuse},
         {"stage2", public_key},     {"stage2private", private_key},   {"bl1", "sealed1"},
         {"bl2", "sealed2"}};
-    const Files& files = set == "other" ? other_set() : device(set == "A" ? 0 : 1);
+    const Files& files = device(set == "B" ? 1 : 0, scheme);
     const Bytes original = files.at(names.at(what));
     if (change == "empty") return sign(0);
     if (change == "keysize") return sign(device(0).at(s.root_info).size() - s.length);
@@ -48,23 +48,6 @@ class Relations : public EndToEnd {
   }
 
  private:
-  const Scheme& other_scheme() const { return s.is_v11() ? v21 : v11; }
-  /// A root key of the other scheme and a BL1 sealed with it.
-  const Files& other_set() const {
-    static std::map<std::string, Files> made;
-    Files& files = made[s.name];
-    if (!files.empty()) return files;
-    const Scheme& other = other_scheme();
-    const WorkingDirectory there;
-    write_bytes("BL1.bin", some_bytes(64));
-    std::filesystem::create_symlink("x" + other.public_suffix, other.stage2_public);
-    const std::string command = full_tool + " " + other.option + " ";
-    require(run("sh -ec '" + command + "-KEYGEN; " + command + "x -STAGE2_KEYGEN; " + command +
-                "BL1.bin sealed1 -STAGE1'")
-                    .status == 0,
-            "the other scheme");
-    return files = read_all_files();
-  }
   /// A BL2 with so many bytes of code, signed by the stage-2 key of A.
   Bytes sign(std::size_t code_size) const {
     write_bytes("BL2.bin", some_bytes(code_size));

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <openssl/pem.h>
-#include <openssl/x509.h>
 
 #include "artefact/hex.h"
 #include "artefact/key_encoding.h"
@@ -14,17 +13,13 @@ namespace {
 
 using namespace sealwright;
 
-struct BioDeleter {
-  void operator()(BIO* bio) const { BIO_free(bio); }
-};
-
 /// The four forms in which OpenSSL writes a key.
 std::vector<Bytes> forms_of(RSA* key) {
   using Writer = int (*)(BIO*, const RSA*);
   std::vector<Bytes> forms;
   for (const Writer write : {&PEM_write_bio_RSA_PUBKEY, &PEM_write_bio_RSAPublicKey,
                              &i2d_RSA_PUBKEY_bio, &i2d_RSAPublicKey_bio}) {
-    const std::unique_ptr<BIO, BioDeleter> out(BIO_new(BIO_s_mem()));
+    const Owned<BIO> out(BIO_new(BIO_s_mem()));
     require(write(out.get(), key) == 1, "OpenSSL's writer");
     char* text = nullptr;
     const long length = BIO_get_mem_data(out.get(), &text);
@@ -39,8 +34,7 @@ std::string openssl_sha1(const Bytes& der) {
     const std::uint8_t* at = der.data();
     const Owned<RSA> key(read(nullptr, &at, std::ssize(der)));
     if (!key) continue;
-    const Bytes info = forms_of(key.get())[2];
-    return to_hex(sha1(info));
+    return to_hex(sha1(der_of(key.get())));
   }
   return "";
 }

@@ -5,6 +5,7 @@
 #include <openssl/hmac.h>
 #include <openssl/rsa.h>
 #include <openssl/sha.h>
+#include <openssl/x509.h>
 
 #include <memory>
 
@@ -21,6 +22,7 @@ inline std::uint32_t width_of(const Number& number) {
 }
 
 struct OpensslDeleter {
+  void operator()(BIO* p) const { BIO_free(p); }
   void operator()(BIGNUM* p) const { BN_free(p); }
   void operator()(BN_CTX* p) const { BN_CTX_free(p); }
   void operator()(EVP_CIPHER_CTX* p) const { EVP_CIPHER_CTX_free(p); }
@@ -129,6 +131,14 @@ inline Owned<RSA> make_rsa(const Big& n, const Big& e) {
   Owned<RSA> key(RSA_new());
   RSA_set0_key(key.get(), BN_dup(n.get()), BN_dup(e.get()), nullptr);
   return key;
+}
+
+/// The SubjectPublicKeyInfo of a key.
+inline Bytes der_of(const RSA* key) {
+  Bytes der(512);
+  unsigned char* end = der.data();
+  der.resize(static_cast<std::size_t>(i2d_RSA_PUBKEY(key, &end)));
+  return der;
 }
 
 /// The PSS encoding of a SHA-1 digest for a modulus.
