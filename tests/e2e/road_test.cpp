@@ -25,7 +25,7 @@ RUN_FOR_BOTH_SCHEMES(Road);
 
 TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
   const std::string longest(127 - s.public_suffix.size(), 'k');
-  std::filesystem::permissions(s.root_private, std::filesystem::perms(0644));
+  std::filesystem::permissions(s.root_private, std::filesystem::perms{0644});
   Files before = read_all_files();
   expect_run(longest + " -STAGE2_KEYGEN", 0, line("making_" + s.name));
   expect_run("-KEYGEN", 0, line("making_" + s.name));
@@ -48,7 +48,7 @@ TEST_P(Road, KeyGenerationWritesItsFilesAndNoOther) {
     return std::filesystem::status(name).permissions();
   };
   for (const std::string& name : {longest + s.private_suffix, s.root_private}) {
-    EXPECT_EQ(mode(name), std::filesystem::perms(0600)) << name;
+    EXPECT_EQ(mode(name), std::filesystem::perms{0600}) << name;
   }
   EXPECT_EQ(mode(longest + s.public_suffix), mode("BL1.bin"));
   EXPECT_EQ(mode(s.efuse), mode(s.is_v11() ? "BL1.bin" : s.root_private));  // no secret in V11
@@ -112,7 +112,7 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
     expect_run("out" + verify1, 0, line("verified", 1));
   };
   // The longest lies in large pages.
-  for (const std::size_t length : {0, 1, 16, 100, 1008, 1001, 3000000}) {
+  for (const std::size_t length : {0U, 1U, 16U, 100U, 1008U, 1001U, 3000000U}) {
     write_bytes("BL1.bin", some_bytes(length));
     std::filesystem::remove("out");
     if (length % s.block != 0) {  // refused in silence
@@ -131,7 +131,8 @@ TEST_P(Road, Stage1ImagesOfAnyLength) {
 TEST_P(Road, Stage2ImagesOfAnyLength) {
   const Bytes file = read_bytes(public_key);
   // Files are read in blocks of 128 KiB; the longest lies in large pages.
-  for (const std::size_t length : {0, 1, 255, 1001, 5000, 130815, 131072, 131073, 3000001}) {
+  for (const std::size_t length :
+       {0U, 1U, 255U, 1001U, 5000U, 130815U, 131072U, 131073U, 3000001U}) {
     const Bytes image = some_bytes(length);
     write_bytes("BL2.bin", image);
     expect_run(seal2, 0, line("signed", 2));

@@ -155,8 +155,9 @@ TEST(Safety, SecretsAreNotLeftInMemory) {
     for (const Words& words : verbs_of(v11)) {
       EXPECT_EQ(remains_of([&] { seal(words); }), 0) << words[0];
     }
-    for (const char* made : {"d", "bl1", "bl2", "pem"})
+    for (const char* made : {"d", "bl1", "bl2", "pem"}) {
       EXPECT_TRUE(std::filesystem::remove_all(made));
+    }
   }
   // Alone, so that nothing that comes after it covers its tracks.
   Bytes code(48);
