@@ -1,6 +1,7 @@
 // The road of a command: main -> options -> the verb in bl1, bl2, key_pair or export_key, each of
 // them assemble, sign, finish. boot_image and key_record are the steps that see no files, of both
-// schemes alike; key_inputs and root_set read and check keys; signer is whoever signs.
+// schemes alike, over the records in sb20/records.h and sb10/records.h; key_inputs and root_set
+// read and check keys; signer is whoever signs.
 
 #include <fcntl.h>
 #include <unistd.h>
