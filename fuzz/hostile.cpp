@@ -173,21 +173,17 @@ void import_key(const Choose& choose) {
 /// Command lines of the companion that makes keys and images. What is taken for one has all that
 /// its verb needs, and nothing is read or written yet.
 void read_command_line(const Choose& choose) {
-  constexpr const char* known[] = {"root-key",     "stage2-key",
-                                   "bl1",          "bl2",
-                                   "export-key",   "--json",
-                                   "--root",       "--scheme",
-                                   "2.1",          "--scheme=1.1",
-                                   "--build-info", "--stage2-key",
-                                   "--padded",     "--prepare",
-                                   "--root=",      "--private-key",
-                                   "--signature",  "--public-key",
-                                   "--help",       "--version",
-                                   "--",           "-",
-                                   "name",         ""};
+  static const std::vector<std::string> known = [] {
+    std::istringstream in(
+        "root-key stage2-key bl1 bl2 export-key --json --root --scheme 2.1 --scheme=1.1 "
+        "--build-info --stage2-key --padded --prepare --root= --private-key --signature "
+        "--public-key --help --version -- - name");
+    return std::vector<std::string>(std::istream_iterator<std::string>(in), {});
+  }();
   std::vector<std::string> words(choose(12));
   for (std::string& word : words) {
-    word = known[choose(std::size(known))];
+    const std::size_t which = choose(known.size() + 1);  // or an empty one
+    if (which < known.size()) word = known[which];
     Bytes bytes(word.begin(), word.end());
     if (choose(8) == 7) damage(bytes, choose);
     word.assign(bytes.begin(), bytes.end());

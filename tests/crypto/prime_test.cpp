@@ -77,18 +77,6 @@ ZEB_RSA_PRIVATE_KEY generate(std::uint32_t bits, Digit e) {
   return key;
 }
 
-TEST(KeyGeneration, KeysAreSoundAtEveryWidth) {
-  for (std::uint32_t bits = 128; bits <= 512; bits += 64) {
-    const Digit e = bits % 128 == 0 ? 3 : 65537;
-    set_generator(static_cast<std::uint8_t>(bits / 64));
-    const ZEB_RSA_PRIVATE_KEY made = generate(bits, e);
-    const std::size_t half = bits / 16;
-    const Key key = make_key(Big(made.p, half), Big(made.q, half), e);
-    EXPECT_TRUE(is_sound(key)) << bits;
-    EXPECT_EQ(bytes_of(made), bytes_of(record_of(key, bits / 8))) << bits;
-  }
-}
-
 /// The primes of a key as the stream gives them when each candidate that suits the exponent goes to
 /// the primality test.
 std::pair<Number, Number> literal_primes(std::uint32_t half, Digit e) {
@@ -119,7 +107,8 @@ TEST(KeyGeneration, OneStateOfTheGeneratorGivesOneKey) {
     xx = seed;
   };
   const std::tuple<std::uint32_t, std::uint32_t> sizes[] = {
-      {128, 40}, {192, 20}, {256, 20}, {512, 8}, {768, 3}, {1024, 3}, {2048, 1}};
+      {128, 40}, {192, 20}, {256, 20}, {320, 8},  {384, 8},
+      {448, 8},  {512, 8},  {768, 3},  {1024, 3}, {2048, 1}};
   for (const auto& [bits, keys] : sizes) {
     for (std::uint32_t seed = 0; seed < keys; ++seed) {
       const Digit e = seed % 2 == 0 ? 65537 : 3;
@@ -128,8 +117,10 @@ TEST(KeyGeneration, OneStateOfTheGeneratorGivesOneKey) {
       const Number state = {suCount, uIndexRandPool, xx};
       start(seed);
       const ZEB_RSA_PRIVATE_KEY key = generate(bits, e);
-      EXPECT_EQ(Big(key.p, bits / 16), Big(p)) << bits << " bits, " << seed;
-      EXPECT_EQ(Big(key.q, bits / 16), Big(q)) << bits << " bits, " << seed;
+      const Key expected = make_key(p, q, e);
+      EXPECT_TRUE(is_sound(expected)) << bits << " bits, " << seed;
+      EXPECT_EQ(bytes_of(key), bytes_of(record_of(expected, bits / 8)))
+          << bits << " bits, " << seed;
       EXPECT_EQ(Number({suCount, uIndexRandPool, xx}), state);
     }
   }
