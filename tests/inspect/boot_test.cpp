@@ -26,14 +26,17 @@ TEST_P(Boot, TellsWhetherADeviceBoots) {
   const std::size_t key = context + s.root.n, root = key + s.context_info;
   const std::string all = "keys fuses bl1 bl2 boots", no_bl1 = "keys fuses bl2 ",
                     no_bl2 = "keys fuses bl1 ", no_fuses = "keys bl1 bl2 ";
-  const std::tuple<const char*, std::string, std::vector<std::size_t>> parts[] = {
-      {"code or signature",
-       no_bl1,
-       {0, context - 1, signature - (s.is_v11() ? 0 : 4), signature + s.length - 1}},
-      {"stage-2 key", "keys fuses ", {key + 4}},
-      {"root key", "keys bl2 ", {root + 4}},
-      {"HMAC", no_fuses, {end - 1}},
-      {"what nothing covers", all, {end, bl1.size() - 1}}};
+  const struct {
+    const char* damaged;
+    std::string expected;
+    std::vector<std::size_t> places;
+  } parts[] = {{"code or signature",
+                no_bl1,
+                {0, context - 1, signature - (s.is_v11() ? 0 : 4), signature + s.length - 1}},
+               {"stage-2 key", "keys fuses ", {key + 4}},
+               {"root key", "keys bl2 ", {root + 4}},
+               {"HMAC", no_fuses, {end - 1}},
+               {"what nothing covers", all, {end, bl1.size() - 1}}};
   for (const auto& [damaged, expected, places] : parts) {
     for (const auto at : places) {
       EXPECT_EQ(verdicts(efuse, damage(bl1, at), bl2), expected) << damaged << at;
@@ -68,6 +71,17 @@ TEST_P(Boot, ShowsTheCodeOfALongImage) {
   }
 }
 
+/// Runs --boot on a chain in files and compares its status and what it says of one check.
+void expect_boot(const Bytes& efuse, const Bytes& bl1, const Bytes& bl2, int status,
+                 const std::string& check) {
+  write_bytes("fuses", efuse);
+  write_bytes("bl1", bl1);
+  write_bytes("bl2", bl2);
+  const Outcome outcome = run(inspect_tool + " --json --boot fuses bl1 bl2");
+  EXPECT_EQ(outcome.status, status);
+  EXPECT_THAT(outcome.output, HasSubstr(check));
+}
+
 template <typename S>
 void expect_exponent_one_refused() {
   const WorkingDirectory here;
@@ -79,18 +93,43 @@ void expect_exponent_one_refused() {
                   sealed.code.data(), length_of(sealed.code), &sealed.context),
       0U);
   const Bytes body = some_bytes(100);
-  write_bytes("fuses", sealed.efuse);
-  write_bytes("bl1", joined(sealed.code, bytes_of(sealed.context)));
-  write_bytes("bl2", joined(body, reversed(pss_encode(key[0], sha1(body), 20))));
-  const Outcome outcome = run(inspect_tool + " --json --boot fuses bl1 bl2");
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.output,
-              HasSubstr(R"({"what": "bl2-signature", "ok": true}, {"what": "keys", "ok": false})"));
+  expect_boot(sealed.efuse, joined(sealed.code, bytes_of(sealed.context)),
+              joined(body, reversed(pss_encode(key[0], sha1(body), 20))), 1,
+              R"({"what": "bl2-signature", "ok": true}, {"what": "keys", "ok": false})");
 }
 
 TEST(BootKeys, HaveAnExponentThatProtects) {
   expect_exponent_one_refused<V11>();
   expect_exponent_one_refused<V21>();
+}
+
+TEST(BootKeys, WithALongExponentGetTheDevicesVerdict) {
+  // The exponent reads on over the signature of the root key. Where BL2's signature stands in its
+  // place, one that nobody made fits, and the one that fits does not.
+  const WorkingDirectory here;
+  const Bytes body = some_bytes(100);
+  Sealed<V21> sealed;
+  const auto& context = sealed.context;
+  Big n(0), exponent(0);
+  std::size_t seed = 0;
+  do {
+    n = some_prime(seed++);
+    const RsaPublicKey2048 key = stored_key(n.bytes(256), 32, 3, 256);
+    ASSERT_EQ(V21::generate(sealed.list.data(), length_of(sealed.list), bytes_of(key).data(),
+                            sealed.code.data(), length_of(sealed.code), &sealed.context),
+              0U);
+    exponent = slice(bytes_of(context), 264, 256);
+  } while (!(gcd(exponent, n - 1) == 1));
+  const Bytes unmade = fit_signature(n, sha1(body), slice(bytes_of(context), 264, 8));
+  const Bytes encoded = reversed(pss_encode(n, sha1(body), 1));
+  const Bytes made = power(encoded, inverse(exponent, n - 1), n).bytes(256);
+  write_bytes("context.spk", bytes_of(context));
+  for (const auto& [signature, good] : {std::pair{unmade, false}, {made, true}}) {
+    const Bytes bl2 = joined(body, signature);
+    expect_boot(sealed.efuse, joined(sealed.code, bytes_of(context)), bl2, 1,
+                std::string(R"({"what": "bl2-signature", "ok": )") + (good ? "true" : "false"));
+    EXPECT_EQ(run(full_tool + " -v2.1 bl2 context.spk -STAGE2_VERIFY").status, good ? 0 : 255);
+  }
 }
 
 }  // namespace

@@ -136,6 +136,15 @@ TEST_P(Inspect, TellsTheSchemeOfAnImageWithBothMarks) {
   EXPECT_THAT(describe_json(damage(image, 0)), HasSubstr(R"("scheme": "2.1")"));
 }
 
+TEST(InspectKeys, HaveTheLargerPrimeFirstWhereAllNumbersSign) {
+  const Key key = test_key(2048), swapped = make_key(key[4], key[3], key[1]);
+  for (const auto& [numbers, sound] : {std::pair{key, true}, {swapped, false}}) {
+    Bytes file = padded(key_list(numbers, full_widths(256), true), 1200);
+    do_PrivateKey_Encrypt(2, file.data(), length_of(file));
+    EXPECT_THAT(describe_json(file), HasSubstr(sound ? R"("sound": true)" : R"("sound": false)"));
+  }
+}
+
 TEST(InspectKeys, AreRegularOrNot) {
   RsaPublicKey2048 regular = {256, {1}, 4, {3}};
   regular.n[255] = 0x80;

@@ -44,8 +44,8 @@ inline RsaPublicKey2048 stored_key(const Bytes& n, std::uint32_t n_length, std::
 }
 
 /// A prime of 256 bits that is 3 modulo 4, for a short modulus.
-inline Big some_prime() {
-  Bytes bytes = some_bytes(32);
+inline Big some_prime(std::size_t seed = 0) {
+  Bytes bytes = padded(some_bytes(32 + seed), 32);
   bytes.front() |= 3;
   bytes.back() |= 0x80;
   Big prime(bytes);
