@@ -220,8 +220,11 @@ TEST_P(Seal, RefusesDamagedFiles) {
     const std::size_t end = std::min(good.size(), covered);
     for (std::size_t at = 0; at <= end + 2; at += at < 44 ? 4 : 37) {
       Bytes bad = good;
-      // A bit, or the length.
-      at < end ? void(bad[at] ^= at % 8 == 0 ? 0x80 : 1) : bad.resize(good.size() + at - end + 1);
+      if (at < end) {
+        bad[at] = static_cast<std::uint8_t>(bad[at] ^ (at % 8 == 0 ? 0x80U : 1U));
+      } else {
+        bad.resize(good.size() + at - end + 1);
+      }
       write_bytes(name, bad);
       expect_refusal(SEAL_TOOL " " + command + "out", 1, complaint(""));
     }
