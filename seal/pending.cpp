@@ -22,13 +22,11 @@ std::size_t size_of(Pieces pieces) {
 }
 
 Digest sha1_of(Pieces pieces) {
-  ZEB_SHA1 hash;
+  ZEB_SHA1 hash = {};
   Digest digest = {};
-  ZEB_SHA1_Init(&hash);
-  for (const ByteView piece : pieces) {
-    if (!piece.empty()) ZEB_SHA1_Update(&hash, piece.data(), length_of(piece));
-  }
-  ZEB_SHA1_Final(&hash, digest.data());
+  sha1_init(hash);
+  for (const ByteView piece : pieces) sha1_update(hash, piece);
+  sha1_final(hash, digest.data());
   return digest;
 }
 

@@ -77,8 +77,8 @@ const std::pair<bool, bool> for_both(true, true), for_none(false, false);
 TEST_P(Pss, OnlyAKeyWhoseNumbersBelongTogetherAgrees) {
   const ZEB_RSA_PRIVATE_KEY good = record_of(key, length);
   EXPECT_EQ(agrees(good), for_both);
-  for (const std::size_t at : {0, 1, 2, 3, 4, 5, 6, 7}) {
-    for (const int bit : {0, 1, at == 1 ? 20 : 77}) {
+  for (const std::size_t at : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U}) {
+    for (const std::uint64_t bit : {0U, 1U, at == 1 ? 20U : 77U}) {
       Key changed = key;
       changed[at] = key[at] + power(2, bit, Big::unit(64));
       EXPECT_EQ(agrees(record_of(changed, length)), for_none) << at << " by " << bit;

@@ -92,8 +92,8 @@ TEST_P(Relations, AreSaidInWordsAndJson) {
       for (std::string pair; pairs >> pair;) {
         const std::size_t equals = pair.find('=');
         std::string other = pair.substr(0, equals), as = pair.substr(equals + 1);
-        expected += (expected.empty() ? "" : ", ") + ("{\"file\": \"" + other) + "\", \"as\": \"" +
-                    as + "\"}";
+        expected += (expected.empty() ? "" : ", ") + (R"({"file": ")" + other) + R"(", "as": ")" +
+                    as + R"("})";
         std::ranges::replace(as, '-', ' ');
         if (as == "stage2 key") as = "stage-2 key";
         EXPECT_THAT(words, HasSubstr(other + " (" + as + ")\n"));
