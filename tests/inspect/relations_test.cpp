@@ -28,7 +28,8 @@ class Relations : public EndToEnd {
  protected:
   /// A file of the table, by its set, what it is there and how it is changed.
   Bytes make(const std::string& name) {
-    if (name == "junk") return Bytes(s.efuse_length, 0x5A);
+    Bytes junk(s.efuse_length, 0x5A);
+    if (name == "junk") return junk;
     std::istringstream words(name);
     std::string set, what, change;
     std::getline(std::getline(std::getline(words, set, '.'), what, '.'), change, '.');

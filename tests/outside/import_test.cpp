@@ -22,7 +22,7 @@ std::vector<Bytes> forms_of(RSA* key) {
     const Owned<BIO> out(BIO_new(BIO_s_mem()));
     require(write(out.get(), key) == 1, "OpenSSL's writer");
     char* text = nullptr;
-    const long length = BIO_get_mem_data(out.get(), &text);
+    const auto length = BIO_get_mem_data(out.get(), &text);
     forms.emplace_back(text, text + length);
   }
   return forms;
