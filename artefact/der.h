@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
+#include "artefact/der_tag.h"
 #include "base/bytes.h"
 
 namespace sealwright {
@@ -18,13 +18,6 @@ struct Der {
 
 /// Bytes before what is written. The room suffices for them, here and below.
 void prepend(Der& der, ByteView bytes);
-
-enum class DerTag : std::uint8_t {
-  integer = 0x02,
-  bit_string = 0x03,
-  octet_string = 0x04,
-  sequence = 0x30,
-};
 
 /// Makes an element of all that was written after `start` was `end`; at most 65535 bytes.
 void wrap(Der& der, DerTag tag, std::size_t end);

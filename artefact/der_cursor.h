@@ -1,20 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
+#include "artefact/der_tag.h"
 #include "base/bytes.h"
 
 namespace sealwright {
-
-enum class DerTag : std::uint8_t {
-  integer = 0x02,
-  bit_string = 0x03,
-  octet_string = 0x04,
-  null = 0x05,
-  object_identifier = 0x06,
-  sequence = 0x30
-};
 
 /// Reads DER (X.690) element by element; it knows what is left and takes nothing that DER writes in
 /// another way.

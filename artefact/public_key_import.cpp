@@ -24,8 +24,8 @@ constexpr const char* certificate_refusal =
 constexpr std::size_t largest_file = 65536;
 
 /// rsaEncryption (1.2.840.113549.1.1.1).
-constexpr std::array<std::uint8_t, 9> rsa_encryption = {0x2A, 0x86, 0x48, 0x86, 0xF7,
-                                                        0x0D, 0x01, 0x01, 0x01};
+constexpr std::array<std::uint8_t, 9> rsa_encryption_identifier = {0x2A, 0x86, 0x48, 0x86, 0xF7,
+                                                                   0x0D, 0x01, 0x01, 0x01};
 /// id-RSASSA-PSS (1.2.840.113549.1.1.10).
 constexpr std::array<std::uint8_t, 9> rsa_pss = {0x2A, 0x86, 0x48, 0x86, 0xF7,
                                                  0x0D, 0x01, 0x01, 0x0A};
@@ -61,7 +61,7 @@ Numbers read_wrapped(ByteView algorithm, DerCursor& rest) {
   if (std::ranges::equal(*kind, rsa_pss)) {
     return refuse("a key for RSASSA-PSS alone: give it as a plain RSA key (rsaEncryption)");
   }
-  if (!std::ranges::equal(*kind, rsa_encryption)) return refuse("not an RSA key");
+  if (!std::ranges::equal(*kind, rsa_encryption_identifier)) return refuse("not an RSA key");
   const auto parameters = identifier.take(DerTag::null);
   const bool plain = parameters && parameters->empty() && identifier.at_end();
   if (!plain || bits->empty() || bits->front() != 0) return refuse(no_key_refusal);

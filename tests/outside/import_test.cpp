@@ -11,7 +11,8 @@
 
 namespace {
 
-using namespace sealwright;
+using sealwright::ImportedKey;
+using sealwright::to_hex;
 
 /// The four forms in which OpenSSL writes a key.
 std::vector<Bytes> forms_of(RSA* key) {
@@ -43,7 +44,8 @@ TEST(PublicKeyImport, TakesWhatOpensslWritesAndNothingThatItReadsInAnotherWay) {
   std::mt19937_64 engine(
       static_cast<std::uint64_t>(testing::UnitTest::GetInstance()->random_seed()));
   int taken = 0;
-  for (const Scheme scheme : {Scheme::sb10, Scheme::sb20}) {
+  constexpr auto sb10 = sealwright::Scheme::sb10, sb20 = sealwright::Scheme::sb20;
+  for (const auto scheme : {sb10, sb20}) {
     const Key key = test_key(8 * facts_of(scheme).modulus_length);
     const Owned<RSA> rsa = make_rsa(key[0], key[1]);
     const std::vector<Bytes> forms = forms_of(rsa.get());
@@ -51,8 +53,7 @@ TEST(PublicKeyImport, TakesWhatOpensslWritesAndNothingThatItReadsInAnotherWay) {
       const ImportedKey imported = import_public_key(form, scheme);
       ASSERT_TRUE(imported.key) << imported.refusal;
       EXPECT_EQ(key_sha1(*imported.key), openssl_sha1(forms[2]));
-      const Scheme other = scheme == Scheme::sb10 ? Scheme::sb20 : Scheme::sb10;
-      EXPECT_FALSE(import_public_key(form, other).key);
+      EXPECT_FALSE(import_public_key(form, scheme == sb10 ? sb20 : sb10).key);
       for (int round = 0; round < 2000; ++round) {
         Bytes damaged = form;
         damage(damaged, [&](std::size_t below) { return engine() % below; });
