@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "artefact/file_source.h"
 #include "artefact/opened_code.h"
 #include "artefact/secured_bl1.h"
 
@@ -9,10 +10,10 @@ namespace sealwright {
 
 /// What a device would boot, in its order. `code` is the first-stage code that it should run.
 struct BootChain {
-  ByteView efuse;
-  ByteView bl1;
-  std::optional<ByteView> bl2 = {};
-  std::optional<ByteView> code = {};
+  FileSource efuse;
+  FileSource bl1;
+  std::optional<FileSource> bl2 = {};
+  std::optional<FileSource> code = {};
 };
 
 /// What a device with these fuses makes of a chain. Each check is made whatever the others say, and
@@ -27,9 +28,10 @@ struct BootCheck {
   std::optional<bool> code;  // it is the code that it should be
 };
 
+/// Reads each file of the chain once and to its end; nothing counts where one of them fails then.
 /// Where the marks of both schemes stand in BL1, the length of the eFuse data says which one it is
 /// read by.
-[[nodiscard]] BootCheck check_boot_chain(const BootChain& chain);
+[[nodiscard]] BootCheck check_boot_chain(BootChain& chain);
 
 /// Whether everything holds and the code can be opened.
 [[nodiscard]] bool boots(const BootCheck& check);

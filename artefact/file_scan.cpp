@@ -10,18 +10,24 @@ FileScan::~FileScan() {
   if (!end.empty()) wipe(end.data(), end.size());
 }
 
-ByteView end_of_image(ByteView image) {
-  return image.last(std::min(image.size(), longest_end));
+FileScan scan(FileSource& file, const std::function<void(ByteView)>& visit) {
+  FileScan made;
+  made.size = file.size();
+  made.end.assign(file.end().begin(), file.end().end());
+  sha1_init(made.before_end);
+  std::size_t left = made.size - made.end.size();
+  for (ByteView piece = file.next(); !piece.empty(); piece = file.next()) {
+    const ByteView before_end = piece.first(std::min(left, piece.size()));
+    sha1_update(made.before_end, before_end);
+    left -= before_end.size();
+    if (visit) visit(piece);
+  }
+  return made;
 }
 
 FileScan scan_bytes(ByteView file) {
-  FileScan scan;
-  const ByteView end = end_of_image(file);
-  scan.size = file.size();
-  scan.end.assign(end.begin(), end.end());
-  sha1_init(scan.before_end);
-  sha1_update(scan.before_end, file.first(file.size() - end.size()));
-  return scan;
+  FileSource source(file);
+  return scan(source);
 }
 
 Digest digest_before(const FileScan& file, std::size_t tail_length, ByteView appended) {

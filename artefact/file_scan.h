@@ -2,8 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <string>
 #include <vector>
 
+#include "artefact/file_source.h"
 #include "artefact/hex.h"
 #include "base/bytes.h"
 #include "crypto/sha1.h"
@@ -26,11 +29,9 @@ struct FileScan {
   FileScan& operator=(FileScan&&) = delete;
 };
 
-/// Longest end that is kept: a boot context with build information before it, and any key file.
-inline constexpr std::size_t longest_end = 2048;
-
-/// The end of an image as a scan keeps it.
-ByteView end_of_image(ByteView image);
+/// Reads a file to its end and shows each piece to `visit`, too. Whether all went well says the
+/// file.
+[[nodiscard]] FileScan scan(FileSource& file, const std::function<void(ByteView)>& visit = {});
 
 [[nodiscard]] FileScan scan_bytes(ByteView file);
 

@@ -6,22 +6,12 @@
 #include <span>
 #include <string>
 
-#include "artefact/file_scan.h"
+#include "artefact/open_file.h"
 #include "util/large_buffer.h"
 
 namespace sealwright {
 
-/// Which file it is, whatever the name it was reached by.
-struct FileIdentity {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-
-  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
-
-// Inputs are regular files of at most 2^31 - 1 bytes, read once and without waiting for anything.
-
-/// A file read whole. A small one may hold a key or eFuse data and is wiped at the end.
+/// A file read whole and once. A small one may hold a key or eFuse data and is wiped at the end.
 class Input {
  public:
   explicit Input(const char* path);
@@ -43,9 +33,5 @@ class Input {
   FileIdentity identity_;
   std::string failure_;
 };
-
-/// Reads a file piece by piece into a scan.
-/// @return why it could not be read; empty when it was.
-[[nodiscard]] std::string scan_file(FileScan& scan, const char* path);
 
 }  // namespace sealwright

@@ -21,8 +21,8 @@ struct SecuredBl1 {
   std::optional<BuildInfo> build_info;
 };
 
-/// A secured BL1 of one scheme, recognised by the mark in its context. `end` is what end_of_image
-/// gives of the image.
+/// A secured BL1 of one scheme, recognised by the mark in its context. `end` is the
+/// end of the image as FileSource gives it.
 std::optional<SecuredBl1> find_secured_bl1(ByteView end, std::size_t image_size, Scheme scheme);
 
 /// A secured BL1 of either scheme. The bytes of one scheme's mark can stand where the other covers

@@ -13,7 +13,9 @@
 
 namespace {
 
+using sealwright::BootChain;
 using sealwright::describe_boot;
+using sealwright::FileSource;
 
 template <typename S>
 const Sealed<S> sealed;
@@ -142,9 +144,10 @@ void inspect_files(const Choose& choose) {
   const auto& [efuse, bl1] = std::tie(folder.efuse, folder.bl1);
   const bool same = efuse == good.efuse && bl1.size() == before.bl1.size() &&
                     slice(bl1, 0, covered) == slice(before.bl1, 0, covered);
-  const std::optional<ByteView> bl2 = private_file;
-  require(!describe_boot({efuse, bl1, bl2}).problems.empty(), "a file taken for a signed image");
-  const bool boots = describe_boot({efuse, bl1}).problems.empty();
+  BootChain pair = {FileSource(efuse), FileSource(bl1), FileSource(private_file)};
+  require(!describe_boot(pair).problems.empty(), "a file taken for a signed image");
+  BootChain first_alone = {FileSource(efuse), FileSource(bl1)};
+  const bool boots = describe_boot(first_alone).problems.empty();
   require(same || !boots, "an image that was not made");
 }
 

@@ -18,9 +18,9 @@ struct Line {
 
 constexpr const char* no_context = "BL1 carries no boot context of either scheme";
 
-const char* why_fuses_fail(const BootCheck& check, ByteView efuse) {
+const char* why_fuses_fail(const BootCheck& check, std::size_t efuse_size) {
   if (!check.bl1) return no_context;
-  const bool right_length = efuse.size() == facts_of(check.bl1->scheme).efuse_length;
+  const bool right_length = efuse_size == facts_of(check.bl1->scheme).efuse_length;
   return right_length ? "they do not hold the root key that BL1 carries"
                       : "eFuse data of this scheme has another length";
 }
@@ -39,11 +39,11 @@ const char* why_not_opened(CodeState state) {
   return "";
 }
 
-std::vector<Line> list_checks(const BootCheck& check, ByteView efuse) {
+std::vector<Line> list_checks(const BootCheck& check, std::size_t efuse_size) {
   const auto why_not = [&](const char* reason) { return check.bl1 ? reason : no_context; };
   std::vector<Line> lines = {
       {"fuses", "fuses", check.fuses, "they hold the root key that BL1 carries",
-       why_fuses_fail(check, efuse)},
+       why_fuses_fail(check, efuse_size)},
       {"bl1-signature", "BL1 signature", check.bl1_signature,
        "the root key in BL1 signed its code and stage-2 key",
        why_not("the root key in BL1 did not sign this code and stage-2 key")}};
@@ -110,12 +110,12 @@ void add_manifest(Report& report, const BootNames& names, const std::optional<Se
 
 }  // namespace
 
-Report describe_boot(const BootChain& chain, const BootNames& names) {
+Report describe_boot(BootChain& chain, const BootNames& names) {
   const BootCheck check = check_boot_chain(chain);
   Report report;
   report.facts.push_back(
       text_fact("scheme", "scheme", check.bl1 ? facts_of(check.bl1->scheme).name : nullptr));
-  add_checks(report, list_checks(check, chain.efuse));
+  add_checks(report, list_checks(check, chain.efuse.size()));
   add_code_sha1(report, check.opened);
   report.facts.push_back(problems_fact(report.problems));
   const auto& bl1 = check.bl1;

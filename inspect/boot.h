@@ -13,7 +13,8 @@ struct BootNames {
   const char* code = nullptr;
 };
 
-/// Whether a device with these fuses boots this chain. Each check is made whatever the others say.
-Report describe_boot(const BootChain& chain, const BootNames& names = {});
+/// Whether a device with these fuses boots this chain. Each check is made whatever the others say,
+/// and nothing counts where a file of the chain fails while it is read.
+Report describe_boot(BootChain& chain, const BootNames& names = {});
 
 }  // namespace sealwright

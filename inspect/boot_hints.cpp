@@ -6,10 +6,9 @@ namespace sealwright {
 
 namespace {
 
-bool is_bl1(ByteView image) {
-  const ByteView end = end_of_image(image);
-  return find_secured_bl1(end, image.size(), Scheme::sb10).has_value() ||
-         find_secured_bl1(end, image.size(), Scheme::sb20).has_value();
+bool is_bl1(const FileSource& image) {
+  return find_secured_bl1(image.end(), image.size(), Scheme::sb10).has_value() ||
+         find_secured_bl1(image.end(), image.size(), Scheme::sb20).has_value();
 }
 
 /// The bytes of each group of so many in reverse order.
@@ -43,7 +42,7 @@ Sentences boot_hints(const BootChain& chain, const BootCheck& check) {
   if (!check.bl1 || check.fuses || chain.efuse.size() != facts_of(check.bl1->scheme).efuse_length) {
     return hints;
   }
-  const std::string order = find_byte_order(chain.efuse, root_info_of(*check.bl1));
+  const std::string order = find_byte_order(chain.efuse.end(), root_info_of(*check.bl1));
   if (!order.empty()) {
     hints.push_back("The fuses would match with " + order +
                     " reversed: look at how they were read out.");

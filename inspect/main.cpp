@@ -3,13 +3,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <string>
 #include <utility>
 
 #include "artefact/escape.h"
-#include "artefact/input.h"
 #include "artefact/key_encoding.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"
@@ -33,14 +31,6 @@ void print(const std::string& text) {
   if (failed && output_error == 0) output_error = errno;
 }
 
-/// A file that could be read, or null after a complaint.
-std::unique_ptr<Input> read_input(const char* name) {
-  auto input = std::make_unique<Input>(name);
-  if (input->failure().empty()) return input;
-  complain(show_name(name), input->failure());
-  return nullptr;
-}
-
 int status_of(const Report& report) {
   return report.problems.empty() ? all_sound : not_sound;
 }
@@ -58,10 +48,11 @@ int describe_files(const Options& options) {
   std::vector<std::string_view> names;  // of those that could be read
   std::vector<std::string> failures;    // of all; empty for those
   for (const char* name : options.names) {
-    FileScan scan;
-    failures.push_back(scan_file(scan, name));
+    FileSource source(name);
+    FileScan file = scan(source);
+    failures.push_back(source.failure());
     if (failures.back().empty()) {
-      add_file(files, std::move(scan));
+      add_file(files, std::move(file));
       names.emplace_back(name);
     } else {
       complain(show_name(name), failures.back());
@@ -85,38 +76,49 @@ int describe_files(const Options& options) {
   return status;
 }
 
+/// Complains of each file that has failed so far. @return whether there is none.
+bool is_readable(const BootChain& chain, const BootNames& names) {
+  const std::pair<const char*, const FileSource*> files[] = {
+      {names.efuse, &chain.efuse},
+      {names.bl1, &chain.bl1},
+      {names.bl2, chain.bl2 ? &*chain.bl2 : nullptr},
+      {names.code, chain.code ? &*chain.code : nullptr}};
+  bool readable = true;
+  for (const auto& [name, file] : files) {
+    if (file == nullptr || file->failure().empty()) continue;
+    complain(show_name(name), file->failure());
+    readable = false;
+  }
+  return readable;
+}
+
 int check_boot_chain(const Options& options) {
   const bool has_bl2 = options.names.size() == 3;
   const BootNames names = {options.names[0], options.names[1], has_bl2 ? options.names[2] : nullptr,
                            options.code};
-  const auto efuse = read_input(names.efuse);
-  const auto bl1 = read_input(names.bl1);
-  const auto bl2 = names.bl2 == nullptr ? nullptr : read_input(names.bl2);
-  const auto code = names.code == nullptr ? nullptr : read_input(names.code);
-  const bool complete =
-      efuse && bl1 && (bl2 || names.bl2 == nullptr) && (code || names.code == nullptr);
-  if (!complete) return not_done;
-  BootChain chain = {efuse->bytes(), bl1->bytes()};
-  if (bl2) chain.bl2 = bl2->bytes();
-  if (code) chain.code = code->bytes();
+  BootChain chain = {FileSource(names.efuse), FileSource(names.bl1)};
+  if (names.bl2 != nullptr) chain.bl2.emplace(names.bl2);
+  if (names.code != nullptr) chain.code.emplace(names.code);
+  if (!is_readable(chain, names)) return not_done;
   const Report report = describe_boot(chain, names);
+  if (!is_readable(chain, names)) return not_done;
   std::string title =
       "Does a device fused with " + show_name(names.efuse) + " boot " + show_name(names.bl1);
-  title += bl2 ? " and then " + show_name(names.bl2) + '?' : "?";
+  title += has_bl2 ? " and then " + show_name(names.bl2) + '?' : "?";
   print(options.json ? to_json(report) + '\n' : to_text(title, report));
   return status_of(report);
 }
 
 int print_pem(const Options& options) {
   const char* name = options.names[0];
-  FileScan scan;
-  const std::string failure = scan_file(scan, name);
-  if (!failure.empty()) {
-    complain(show_name(name), failure);
+  FileSource source(name);
+  FileScan file = scan(source);
+  if (!source.failure().empty()) {
+    complain(show_name(name), source.failure());
     return not_done;
   }
   FileSet files;
-  add_file(files, std::move(scan));
+  add_file(files, std::move(file));
   const Report report = describe(files, {name}).front();
   for (const NamedKey& key : report.keys) {
     if (report.keys.size() > 1) print(std::string(key.name) + '\n');

@@ -31,11 +31,10 @@ Objection check_code(const Bl1& bl1, bool with_build_info) {
   }
   const std::size_t missing = (aes_block_length - length % aes_block_length) % aes_block_length;
   if (scheme == Scheme::sb20 && missing != 0) {
-    const std::string name = show_name(bl1.code.name);
     return refuse(bl1.code.name, std::to_string(length) + " bytes are no whole blocks of 16, as " +
                                      "scheme 2.1 encrypts them; add " + std::to_string(missing) +
                                      (missing == 1 ? " zero byte" : " zero bytes") +
-                                     " with: truncate -s %16 " + name);
+                                     ", as truncate -s %16 does");
   }
   return std::nullopt;
 }
@@ -74,9 +73,13 @@ bool prove(std::string& code_sha1, Bl1& bl1) {
   if (!check_as_device(bl1.context, efuse, bl1.sealed())) return false;
   std::ranges::copy(view_of_context(bl1.context), bl1.image->data() + bl1.sealed_length);
   const ByteView image = bl1.whole();
-  const auto found = find_secured_bl1(end_of_image(image), image.size(), bl1.task.key.scheme);
+  const FileSource made(image);
+  const auto found = find_secured_bl1(made.end(), made.size(), bl1.task.key.scheme);
   if (!found || found->code_size != bl1.code.bytes().size()) return false;
-  const OpenedCode opened = open_code(*found, image, efuse, bl1.code.bytes());
+  FileSource expected(bl1.code.bytes());
+  CodeOpener opener(found, efuse, &expected);
+  opener.add(image);
+  const OpenedCode opened = opener.finish();
   code_sha1 = opened.sha1;
   return opened.state == CodeState::opened && opened.is_expected;
 }
@@ -97,7 +100,7 @@ Objection assemble_bl1(Bl1& bl1, const Options& options, PrivateHalf private_hal
   if (auto objection = read_root_set(bl1.root, options.root, private_half, bl1.stage2)) {
     return objection;
   }
-  if (auto objection = read_input(bl1.code, options.names[0])) return objection;
+  if (auto objection = read_image(bl1.code, options.names[0])) return objection;
   if (auto objection = check_code(bl1, options.build_info)) return objection;
   if (auto objection =
           check_outputs(options.names[1], options,

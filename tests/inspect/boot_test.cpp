@@ -3,15 +3,49 @@
 
 namespace {
 
-using sealwright::describe_boot;
+using sealwright::FileSource;
 using testing::HasSubstr;
+
+/// A chain in memory; the bytes outlive it.
+sealwright::BootChain chain_of(const Bytes& efuse, const Bytes& bl1, const Bytes* bl2 = nullptr) {
+  sealwright::BootChain chain = {FileSource(efuse), FileSource(bl1)};
+  if (bl2 != nullptr) chain.bl2.emplace(*bl2);
+  return chain;
+}
+
+std::string boot_json(const Bytes& efuse, const Bytes& bl1) {
+  sealwright::BootChain chain = chain_of(efuse, bl1);
+  return to_json(describe_boot(chain));
+}
+
+TEST(FileSource, TellsWhatAFileBecameWhileItWasRead) {
+  const WorkingDirectory here;
+  const Bytes file = some_bytes(132000);  // its end, seen first, is in two of the blocks read
+  const std::size_t end = file.size() - 2048;
+  const std::pair<Bytes, const char*> later[] = {
+      {damage(file, end - 1), ""},  // nobody can tell
+      {damage(file, end), "Changed while it was read"},
+      {damage(file, file.size() - 1), "Changed while it was read"},
+      {slice(file, 0, end), "Shorter than its size says"},
+      {joined(file, Bytes(1)), "Longer than its size says"}};
+  for (const auto& [bytes, failure] : later) {
+    write_bytes("f", file);
+    write_bytes("later", bytes);
+    FileSource source("f");
+    std::filesystem::copy_file("later", "f", std::filesystem::copy_options::overwrite_existing);
+    while (!source.next().empty()) {
+    }
+    EXPECT_EQ(source.failure(), failure);
+  }
+}
 
 class Boot : public EndToEnd {};
 RUN_FOR_BOTH_SCHEMES(Boot);
 
 /// What is right of a chain of eFuse data, BL1 and BL2, and whether it boots.
 std::string verdicts(const Bytes& efuse, const Bytes& bl1, const Bytes& bl2) {
-  const auto check = sealwright::check_boot_chain({efuse, bl1, bl2});
+  sealwright::BootChain chain = chain_of(efuse, bl1, &bl2);
+  const auto check = check_boot_chain(chain);
   return std::string(check.keys ? "keys " : "") + (check.fuses ? "fuses " : "") +
          (check.bl1_signature ? "bl1 " : "") + (*check.bl2_signature ? "bl2 " : "") +
          (boots(check) ? "boots" : "");
@@ -56,8 +90,8 @@ TEST_P(Boot, TellsWhetherADeviceBoots) {
   std::ranges::copy(foreign, &swapped[context]);
   EXPECT_EQ(verdicts(efuse, swapped, device(1).at("sealed2")), no_bl1);
 
-  EXPECT_THAT(to_json(describe_boot({other, bl1})), HasSubstr(R"("code_sha1": null)"));
-  const std::string ragged = to_json(describe_boot({efuse, slice(bl1, 1, bl1.size() - 1)}));
+  EXPECT_THAT(boot_json(other, bl1), HasSubstr(R"("code_sha1": null)"));
+  const std::string ragged = boot_json(efuse, slice(bl1, 1, bl1.size() - 1));
   EXPECT_EQ(ragged.find("code: it is no whole number of cipher blocks") < ragged.size(),
             !s.is_v11());
 }
@@ -66,7 +100,7 @@ TEST_P(Boot, ShowsTheCodeOfALongImage) {
   for (const std::size_t length : {16384U, 32768U + 16U, 100000U}) {
     write_bytes("BL1.bin", some_bytes(length));
     ASSERT_EQ(run(full_tool + " " + s.option + " " + seal1).status, 0);
-    EXPECT_THAT(to_json(describe_boot({read_bytes(s.efuse), read_bytes("out")})),
+    EXPECT_THAT(boot_json(read_bytes(s.efuse), read_bytes("out")),
                 HasSubstr(sealwright::to_hex(sha1(some_bytes(length)))));
   }
 }
