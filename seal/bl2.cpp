@@ -51,7 +51,7 @@ Objection assemble_bl2(Bl2& bl2, const Options& options, PrivateHalf private_hal
   if (private_half == PrivateHalf::needed) {
     if (auto objection = read_private_key(bl2, options)) return objection;
   }
-  if (auto objection = read_input(bl2.code, options.names[0])) return objection;
+  if (auto objection = read_image(bl2.code, options.names[0])) return objection;
   if (auto objection = check_outputs(
           options.names[1], options,
           {&bl2.stage2.file, &bl2.private_file.file, &bl2.code, &bl2.taken_up.signature})) {

@@ -1,5 +1,7 @@
 #include "seal/boot_image.h"
 
+#include <tuple>
+
 #include "sb10/boot_context.h"
 #include "sb20/boot_context.h"
 #include "sb20/code_encryption.h"
@@ -64,7 +66,7 @@ Digest digest_of(const BootContext& context, ByteView sealed) {
   std::visit(
       [&](const auto& stored) {
         // The status can be dropped: no pointer is null.
-        static_cast<void>(digest(made.data(), stored, sealed));
+        std::ignore = digest(made.data(), stored, sealed);
       },
       context);
   return made;

@@ -5,7 +5,7 @@ namespace sealwright {
 namespace {
 
 // clang-format off
-constexpr char general[] =
+constexpr char general_help[] =
     "Usage: Sealwright_seal root-key   [--scheme 2.1|1.1] DIR\n"
     "       Sealwright_seal stage2-key [--scheme 2.1|1.1] NAME\n"
     "       Sealwright_seal bl1 [--build-info] --root DIR --stage2-key FILE.spk BL1 OUT\n"
@@ -27,7 +27,7 @@ constexpr char general[] =
     "\n"
     "Exit status: 0 made and proved; 1 refused: something does not fit or exists already;\n"
     "2 wrong usage, or a file that cannot be read or written.\n";
-constexpr char root_key[] =
+constexpr char root_key_help[] =
     "Usage: Sealwright_seal root-key [--scheme 2.1|1.1] [--json] DIR\n"
     "\n"
     "Makes a root key, public and private half, and the eFuse data that ties devices to\n"
@@ -40,7 +40,7 @@ constexpr char root_key[] =
     "\n"
     "Example:\n"
     "  Sealwright_seal root-key keys\n";
-constexpr char stage2_key[] =
+constexpr char stage2_key_help[] =
     "Usage: Sealwright_seal stage2-key [--scheme 2.1|1.1] [--json] NAME\n"
     "\n"
     "Makes a stage-2 key pair: NAME_V21.spk, which BL1 is sealed with, and NAME_V21.prv,\n"
@@ -50,7 +50,7 @@ constexpr char stage2_key[] =
     "\n"
     "Example:\n"
     "  Sealwright_seal stage2-key boot/release\n";
-constexpr char bl1[] =
+constexpr char bl1_help[] =
     "Usage: Sealwright_seal bl1 [--build-info] [--json] --root DIR --stage2-key FILE.spk\n"
     "                           BL1 OUT\n"
     "\n"
@@ -66,7 +66,7 @@ constexpr char bl1[] =
     "\n"
     "Example:\n"
     "  Sealwright_seal bl1 --root keys --stage2-key release_V21.spk BL1.bin secured_BL1.bin\n";
-constexpr char bl2[] =
+constexpr char bl2_help[] =
     "Usage: Sealwright_seal bl2 --stage2-key FILE.spk [--private-key FILE.prv] [--json]\n"
     "                           BL2 OUT\n"
     "\n"
@@ -78,7 +78,7 @@ constexpr char bl2[] =
     "\n"
     "Example:\n"
     "  Sealwright_seal bl2 --stage2-key release_V21.spk BL2.bin secured_BL2.bin\n";
-constexpr char export_key[] =
+constexpr char export_key_help[] =
     "Usage: Sealwright_seal export-key [--json] FILE OUT.pem\n"
     "\n"
     "Writes the private key in FILE, root or stage 2, as unencrypted PKCS #8 (mode 0600),\n"
@@ -86,7 +86,7 @@ constexpr char export_key[] =
     "\n"
     "Example, with a pass phrase and no plain file on the disk:\n"
     "  Sealwright_seal export-key keys/privateKey_V21.dat - | openssl pkcs8 -topk8 -out root.pem\n";
-constexpr char elsewhere[] =
+constexpr char elsewhere_help[] =
     "\n"
     "A private key that is not here, but in a token, on a signing host or in another room:\n"
     "  -- PROGRAM [ARGUMENT...]  PROGRAM signs: it gets a SHA-1 digest of 20 bytes on standard\n"
@@ -97,7 +97,7 @@ constexpr char elsewhere[] =
     "  --signature FILE          the same command later: FILE is the signature of that digest\n"
     "  --padded                  hands out the encoded block instead (256 or 128 bytes, as\n"
     "                            OUT.block), for signers that do the bare RSA operation\n";
-constexpr char public_key[] =
+constexpr char public_key_help[] =
     "  --public-key FILE         the key, as PEM \"PUBLIC KEY\" or \"RSA PUBLIC KEY\" or DER;\n"
     "                            no private-key file is made\n";
 // clang-format on
@@ -105,11 +105,12 @@ constexpr char public_key[] =
 }  // namespace
 
 std::string help_text(Verb verb) {
-  constexpr const char* texts[] = {general, root_key, stage2_key, bl1, bl2, export_key};
+  constexpr const char* texts[] = {general_help, root_key_help, stage2_key_help,
+                                   bl1_help,     bl2_help,      export_key_help};
   std::string text = texts[static_cast<std::size_t>(verb)];
   const bool makes_key = verb == Verb::root_key || verb == Verb::stage2_key;
-  if (makes_key || verb == Verb::bl1 || verb == Verb::bl2) text += elsewhere;
-  if (makes_key) text += public_key;
+  if (makes_key || verb == Verb::bl1 || verb == Verb::bl2) text += elsewhere_help;
+  if (makes_key) text += public_key_help;
   return text;
 }
 

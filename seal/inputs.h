@@ -22,8 +22,11 @@ struct InputFile {
 
 [[nodiscard]] Objection read_input(InputFile& file, std::string name);
 
+/// The same for an image, which has at least a byte: an empty one is what a failed build leaves.
+[[nodiscard]] Objection read_image(InputFile& file, std::string name);
+
 /// Whether an image can be written to this name: nothing but a file or a link may stand there, no
-/// private key, and none of the inputs, under whatever name.
+/// private key, in files of this tool or PEM, and none of the inputs, under whatever name.
 [[nodiscard]] Objection check_output(const char* name,
                                      std::initializer_list<const InputFile*> inputs);
 

@@ -55,7 +55,7 @@ const OptionRow option_rows[] = {
 };
 // clang-format on
 
-Options refuse(Options options, const std::string& complaint) {
+Options wrong_usage(Options options, const std::string& complaint) {
   options.request = Request::refuse;
   options.complaint = complaint;
   return options;
@@ -75,7 +75,7 @@ const char* word_of(const char* Options::*value) {
 }
 
 /// What has been read so far.
-struct Reading {
+struct Arguments {
   Options options;
   std::vector<const OptionRow*> given;
   std::span<char* const> rest;
@@ -83,7 +83,7 @@ struct Reading {
 };
 
 /// Takes one option, in one word with its value or in two. @return why it cannot; empty if it can.
-std::string take_option(Reading& reading, const char* argument) {
+std::string take_option(Arguments& reading, const char* argument) {
   const std::string_view text = argument;
   const std::size_t equals = text.find('=');
   const std::string_view word = text.substr(0, equals);
@@ -109,7 +109,7 @@ std::string take_option(Reading& reading, const char* argument) {
 }
 
 /// Whether what was said of who signs goes together. @return why it does not; empty if it does.
-std::string find_signing_misfit(const Reading& reading) {
+std::string find_signing_misfit(const Arguments& reading) {
   const Options& options = reading.options;
   const bool makes_key = options.verb == Verb::root_key || options.verb == Verb::stage2_key;
   const bool by_program = reading.has_program;
@@ -129,7 +129,7 @@ std::string find_signing_misfit(const Reading& reading) {
 }
 
 /// Whether what was given goes with the verb. @return why it does not; empty if it does.
-std::string find_misfit(const Reading& reading) {
+std::string find_misfit(const Arguments& reading) {
   const Options& options = reading.options;
   if (options.verb == Verb::none) return "no command given";
   const VerbRow& verb = row_of(options.verb);
@@ -161,7 +161,7 @@ bool is_signed_elsewhere(const Options& options) {
 }
 
 Options read_options(std::span<char* const> arguments) {
-  Reading reading = {{}, {}, arguments};
+  Arguments reading = {{}, {}, arguments};
   Options& options = reading.options;
   while (!reading.rest.empty()) {
     const char* argument = reading.rest.front();
@@ -176,17 +176,17 @@ Options read_options(std::span<char* const> arguments) {
       options.program = std::exchange(reading.rest, {});
     } else if (word.size() > 1 && word[0] == '-') {
       const std::string misuse = take_option(reading, argument);
-      if (!misuse.empty()) return refuse(options, misuse);
+      if (!misuse.empty()) return wrong_usage(options, misuse);
     } else if (options.verb != Verb::none) {
       options.names.push_back(argument);
     } else if (const VerbRow* row = find_verb(word)) {
       options.verb = row->verb;
     } else {
-      return refuse(options, "no command " + show_name(word));
+      return wrong_usage(options, "no command " + show_name(word));
     }
   }
   const std::string misfit = find_misfit(reading);
-  if (!misfit.empty()) return refuse(options, misfit);
+  if (!misfit.empty()) return wrong_usage(options, misfit);
   if (options.scheme == nullptr) options.scheme = "2.1";
   return options;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 #include "artefact/escape.h"
 #include "artefact/key_encoding.h"
@@ -40,7 +41,7 @@ ToSign::ToSign(const SigningTask& task, bool padded)
     : length_(padded ? task.key.modulus.size() : task.digest.size()), is_block_(padded) {
   const WritableBytes room = WritableBytes(room_).first(length_);
   // The result can be dropped: the block of a whole modulus has room.
-  if (padded) static_cast<void>(emsa_pss_encode_afresh(room, task.digest, pss_salt_length));
+  if (padded) std::ignore = emsa_pss_encode_afresh(room, task.digest, pss_salt_length);
   if (!padded) std::ranges::copy(task.digest, room.begin());
 }
 
