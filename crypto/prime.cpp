@@ -1,6 +1,7 @@
 #include "crypto/prime.h"
 
 #include <iterator>
+#include <tuple>
 
 #include "base/wipe.h"
 #include "crypto/bn_mod.h"
@@ -96,8 +97,9 @@ bool base_passes(Witness& witness, const Digit* n, std::uint32_t k) {
 }  // namespace
 
 void zeb_bn_rand(Digit* number, std::uint32_t digit_count) {
-  sealwright::draw_random(
-      {reinterpret_cast<std::uint8_t*>(number), std::size_t{digit_bytes} * digit_count});
+  // Its one failure is a null pointer, of which nothing comes.
+  std::ignore =
+      ZEB_SHA1_PRNG_Rand(digit_bytes * digit_count, reinterpret_cast<std::uint8_t*>(number));
 }
 
 Status ZEB_MillerRabin(const Digit* number, std::uint32_t digit_count) {

@@ -23,7 +23,7 @@ namespace sealwright {
 
 /// Draws from the generator what ZEB_MillerRabin draws for an odd composite of at most 66 digits:
 /// one base, unless the screen refuses the number. For a caller that knows the number to be
-/// composite and is to leave the generator in the same state.
+/// composite: the generator goes on as if it had been tested.
 void draw_as_for_composite(const Digit* number, std::uint32_t digit_count);
 
 }  // namespace sealwright

@@ -15,7 +15,6 @@ using sealwright::wipe_dead_stack;
 
 namespace {
 
-constexpr std::uint32_t hash_length = sha1_digest_length;
 constexpr std::uint32_t digits_1024 = 32;
 constexpr std::uint32_t digits_2048 = 64;
 // Where the numbers stand in the two forms of a public key.
@@ -181,12 +180,12 @@ Status Generate_PSS_RSASignature2(std::int32_t mode, const std::uint8_t* keyItem
                                   std::uint32_t keyItemsLen, const std::uint8_t* message,
                                   std::uint32_t messageLen, std::uint8_t* signature,
                                   std::uint32_t* signatureLen) {
-  std::uint8_t digest[hash_length];
+  std::uint8_t digest[sha1_digest_length];
   const WipeOnExit digest_guard(digest);
   const Status status = sealwright::sha1_message(message, messageLen, digest, signing_sha1_codes);
   if (status != ZEB_SUCCESS) return status;
-  return Generate_PSS_RSASignature(mode, keyItems, keyItemsLen, digest, hash_length, signature,
-                                   signatureLen);
+  return Generate_PSS_RSASignature(mode, keyItems, keyItemsLen, digest, sha1_digest_length,
+                                   signature, signatureLen);
 }
 
 Status Verify_PSS_RSASignature(const std::uint8_t* publicKey, std::uint32_t /*publicKeyLen*/,
@@ -208,7 +207,7 @@ Status Verify_PSS_RSASignature(const std::uint8_t* publicKey, std::uint32_t /*pu
 Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t /*publicKeyLen*/,
                                 const std::uint8_t* message, std::uint32_t messageLen,
                                 std::uint8_t* signature, std::uint32_t signatureLen) {
-  std::uint8_t digest[hash_length];
+  std::uint8_t digest[sha1_digest_length];
   const WipeOnExit digest_guard(digest);
   const Status status = sealwright::sha1_message(message, messageLen, digest, verifying_codes);
   if (status != ZEB_SUCCESS) return status;
@@ -218,8 +217,8 @@ Status Verify_PSS_RSASignature2(const std::uint8_t* publicKey, std::uint32_t /*p
 Status sealwright::verify_by_stated_counts(WritableBytes signature, const std::uint8_t* public_key,
                                            Sha1Digest digest) {
   if (signature.size() != signature_bytes_2048) {
-    return Verify_PSS_RSASignature(public_key, 0, digest.data(), hash_length, signature.data(),
-                                   length_of(signature));
+    return Verify_PSS_RSASignature(public_key, 0, digest.data(), sha1_digest_length,
+                                   signature.data(), length_of(signature));
   }
   const StoredPublicKey key = {public_key + modulus_at_2048, stated_digit_count(public_key),
                                public_key + exponent_at_2048,

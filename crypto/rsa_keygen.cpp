@@ -1,6 +1,7 @@
 #include "crypto/rsa_keygen.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "base/wipe.h"
@@ -99,7 +100,7 @@ void derive_exponents(ZEB_RSA_PRIVATE_KEY& key, std::uint32_t digits, std::uint3
   zeb_bn_Mul(numbers.phi, numbers.p_minus_one, half, numbers.q_minus_one, half);
   key.dWords = digits;
   // Dropped: a preset prime exponent always has an inverse, and any other is not checked here.
-  static_cast<void>(zeb_bn_Euclid(key.d, key.e, numbers.phi, digits));
+  std::ignore = zeb_bn_Euclid(key.d, key.e, numbers.phi, digits);
   reduce_private_exponent(key.dP, numbers.p_minus_one, numbers, key, half);
   reduce_private_exponent(key.dQ, numbers.q_minus_one, numbers, key, half);
   key.dPWords = half;

@@ -194,7 +194,8 @@ Status ZEB_SHA1_HMAC_SetInfo(ZEB_SHA1_HMAC* context, const std::uint8_t* key,
   std::uint8_t block_key[sha1_block_length] = {};
   const WipeOnExit key_guard(block_key);
   if (key_length > sha1_block_length) {
-    sealwright::sha1(block_key, {{key, key_length}});
+    // Nothing is added of a null key.
+    sealwright::sha1(block_key, {{key, key == nullptr ? 0 : key_length}});
   } else {
     std::copy_n(key, key_length, block_key);
   }
