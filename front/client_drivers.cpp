@@ -10,7 +10,7 @@ namespace sealwright {
 namespace {
 
 // clang-format off
-constexpr Command sb20_commands[] = {
+constexpr Command client_sb20_commands[] = {
     {3, 2, "-help",          nullptr},
     {3, 2, "-v",             show_version},
     {3, 2, "-version",       show_version},
@@ -18,7 +18,7 @@ constexpr Command sb20_commands[] = {
     {5, 4, "-STAGE2_VERIFY", verify_sb20_stage2},
     {6, 5, "-STAGE2",        sign_sb20_stage2},
 };
-constexpr Command sb10_commands[] = {
+constexpr Command client_sb10_commands[] = {
     {3, 2, "-help",          nullptr},
     {3, 2, "-v",             show_version},
     {3, 2, "-version",       show_version},
@@ -35,11 +35,11 @@ constexpr Command sb10_commands[] = {
 std::int32_t sb20_main_client(int argument_count, sealwright::Arguments arguments) {
   return sealwright::run_command(
       argument_count, arguments,
-      {sealwright::print_sb20_banner, sealwright::sb20_commands, print_SB20_Usage_Stage2});
+      {sealwright::print_sb20_banner, sealwright::client_sb20_commands, print_SB20_Usage_Stage2});
 }
 
 std::int32_t sb10_main_client(int argument_count, sealwright::Arguments arguments) {
   return sealwright::run_command(
       argument_count, arguments,
-      {sealwright::print_sb10_banner, sealwright::sb10_commands, print_SB10_Usage_Stage2});
+      {sealwright::print_sb10_banner, sealwright::client_sb10_commands, print_SB10_Usage_Stage2});
 }

@@ -14,21 +14,13 @@ source scripts/setup.sh
 readonly seconds=${1:-20}
 readonly build=build/fuzz
 readonly log=$build/hostile.log
-export CXX=clang++
-
-has_fuzzer() {
-  printf 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }\n' |
-    compiles -fsanitize=fuzzer,address,undefined
-}
 
 say "Looking for clang with its fuzzer, cmake, ninja and OpenSSL"
-need 'has_command clang++' clang
 need has_cmake cmake
 need 'has_command ninja' ninja-build
-install_missing
-need has_fuzzer "libclang-rt-$(clang++ -dumpversion | cut -d. -f1)-dev"
 need has_openssl libssl-dev
-install_missing
+install_fuzz_tools
+export CXX=clang++
 
 say "Building the harness in $build"
 cmake --preset fuzz

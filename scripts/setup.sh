@@ -5,6 +5,9 @@
 #   need_build_tools    C++20 compiler, cmake, ninja
 #   need_test_tools     those, GoogleTest, OpenSSL, the sanitizers' libraries and software tokens
 #   need_style_tools    clang-format, clang-tidy, shellcheck
+#   need_arm_tools      compilers for 64-bit Arm and 32 bits, and an emulator
+#   need_package_tools  what makes, checks and installs Debian packages
+#   install_fuzz_tools  installs clang with its fuzzer
 #   install_missing     installs what was noted and checks that it is there now
 #   say, fail           messages
 
@@ -103,6 +106,34 @@ need_style_tools() {
   need 'has_command clang-format' clang-format
   need 'has_command clang-tidy' clang-tidy
   need 'has_command shellcheck' shellcheck
+}
+
+has_arm_compiler() { CXX=aarch64-linux-gnu-g++ has_compiler; }
+has_32_bit_compiler() { CXX=i686-linux-gnu-g++ has_compiler; }
+
+need_arm_tools() {
+  need has_arm_compiler g++-aarch64-linux-gnu
+  need has_32_bit_compiler g++-i686-linux-gnu
+  need 'has_command qemu-aarch64' qemu-user
+}
+
+need_package_tools() {
+  need 'has_command dpkg-shlibdeps' dpkg-dev
+  need 'has_command lintian' lintian
+  need 'has_command man' man-db
+  if ((EUID != 0)); then need 'has_command fakeroot' fakeroot; fi
+}
+
+has_fuzzer() {
+  printf 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }\n' |
+    CXX=clang++ compiles -fsanitize=fuzzer,address,undefined
+}
+
+install_fuzz_tools() {
+  need 'has_command clang++' clang
+  install_missing
+  need has_fuzzer "libclang-rt-$(clang++ -dumpversion | cut -d. -f1)-dev"
+  install_missing
 }
 
 install_missing() {

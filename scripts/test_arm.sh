@@ -14,14 +14,9 @@ readonly run_arm=(qemu-aarch64 -L /usr/aarch64-linux-gnu)
 declare -A start=([arm]="${run_arm[*]} $(printf %q "$build/front/")"
   [here]="$(printf %q "$PWD/build/release/front/")")
 
-has_arm_compiler() { CXX=aarch64-linux-gnu-g++ has_compiler; }
-has_32_bit_compiler() { CXX=i686-linux-gnu-g++ has_compiler; }
-
 say "Looking for the compilers, the emulator and what the tests need"
 need_test_tools
-need has_arm_compiler g++-aarch64-linux-gnu
-need has_32_bit_compiler g++-i686-linux-gnu
-need 'has_command qemu-aarch64' qemu-user
+need_arm_tools
 install_missing
 
 # --- The libraries of the tests come from Debian's packages for Arm. They are unpacked into the
@@ -56,13 +51,13 @@ cmake -S . -B "$build" -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR
   -D CMAKE_CXX_COMPILER=aarch64-linux-gnu-g++ \
   -D CMAKE_CXX_FLAGS="-isystem '$libraries/usr/include/aarch64-linux-gnu'" \
   -D CMAKE_CROSSCOMPILING_EMULATOR="$(IFS=';' && printf '%s' "${run_arm[*]}")" \
-  -D OPENSSL_USE_STATIC_LIBS=ON "${only[@]}"
+  -D OPENSSL_USE_STATIC_LIBS=ON -D CMAKE_UNITY_BUILD=ON "${only[@]}"
 cmake --build "$build" -j "$(nproc)" --target unit_tests safety_tests sealwright_main sealwright_client
 
 say "Building the 32-bit variant in build/i686"
 cmake -S . -B build/i686 -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR=ON \
   -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=i686 \
-  -D CMAKE_CXX_COMPILER=i686-linux-gnu-g++ -D SEALWRIGHT_TESTS=OFF
+  -D CMAKE_CXX_COMPILER=i686-linux-gnu-g++ -D SEALWRIGHT_TESTS=OFF -D CMAKE_UNITY_BUILD=ON
 cmake --build build/i686 -j "$(nproc)"
 
 # --- The unit tests. The emulator lists the functions it meets, which tells the path that ran.
@@ -81,18 +76,16 @@ processor_functions_in() {
   grep '^IN: ' "$build/unit_$1.functions" | grep -o -E "$processor_functions" | sort -u | wc -l
 }
 
-say "Running the unit tests on both paths under emulation"
-unit_suite processor &
-unit_suite portable --portable || fail "portable path: $(cat "$build/unit_portable.out")"
-wait $! || fail "processor path: $(cat "$build/unit_processor.out")"
-tail -q -n 1 "$build"/unit_{processor,portable}.out
-(($(processor_functions_in processor) == 3)) || fail "the Arm instructions were not used"
-(($(processor_functions_in portable) == 0)) || fail "the portable run used the Arm instructions"
-
-say "Looking for secrets that commands leave in memory on Arm"
+say "Running the unit tests on both paths under emulation, and looking for secrets that commands leave behind"
+unit_suite portable --portable &
+unit_suite processor || fail "processor path: $(cat "$build/unit_processor.out")"
 "${run_arm[@]}" "$build/tests/safety_tests" --gtest_filter='*Secrets*' --gtest_brief=1 |
   tee "$build/safety.out"
 grep -q '\[  PASSED  \] [1-9]' "$build/safety.out" || fail "the search for secrets did not run"
+wait $! || fail "portable path: $(cat "$build/unit_portable.out")"
+tail -q -n 1 "$build"/unit_{processor,portable}.out
+(($(processor_functions_in processor) == 3)) || fail "the Arm instructions were not used"
+(($(processor_functions_in portable) == 0)) || fail "the portable run used the Arm instructions"
 
 # --- The road. Keys made on one machine seal and sign on the other, and the first checks.
 

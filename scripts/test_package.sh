@@ -10,10 +10,7 @@ readonly source_folder=$PWD
 
 say "Looking for what the tests need, and Debian's packaging tools"
 need_test_tools  # the documents are walked through as installed
-need 'has_command dpkg-shlibdeps' dpkg-dev
-need 'has_command lintian' lintian
-need 'has_command man' man-db
-if ((EUID != 0)); then need 'has_command fakeroot' fakeroot; fi
+need_package_tools
 install_missing
 
 work=$(mktemp -d)
