@@ -45,7 +45,7 @@ bool is_unseen(std::uint32_t code_point) {
 }
 
 std::string escape_unit(std::uint32_t unit) {
-  char code[8];
+  char code[sizeof "\\uFFFFFFFF"];  // as the compiler counts it; a unit has four digits
   std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(unit));
   return code;
 }
