@@ -197,13 +197,13 @@ void read_command_line(const Choose& choose) {
   using sealwright::Verb;
   const bool refused = options.request == sealwright::Request::refuse;
   require(refused != options.complaint.empty(), "a reason for each refusal");
-  require(!sealwright::help_text(options.verb).empty(), "help");
   if (options.request != sealwright::Request::make) return;
   const bool images = options.verb == Verb::bl1 || options.verb == Verb::bl2;
-  require(options.verb != Verb::none, "a verb");
-  require(options.names.size() == (images || options.verb == Verb::export_key ? 2U : 1U), "names");
-  require(!images || options.stage2_key != nullptr, "a stage-2 key");
-  require(options.verb != Verb::bl1 || options.root != nullptr, "a root key");
+  const std::size_t names = images || options.verb == Verb::export_key ? 2 : 1;
+  require(options.verb != Verb::none && options.names.size() == names, "a verb and its names");
+  require((!images || options.stage2_key != nullptr) &&
+              (options.verb != Verb::bl1 || options.root != nullptr),
+          "the keys of an image");
 }
 
 }  // namespace

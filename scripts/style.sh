@@ -13,7 +13,6 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # A hook of git is told about the repository by the environment; nothing here wants to know.
 unset "${!GIT_@}"
 source scripts/setup.sh
-readonly build=build/release
 readonly marks=build/tidy
 
 case ${1:-} in
@@ -61,9 +60,9 @@ export -f tidy
 export fix marks tidy_version
 tidy_version=$(clang-tidy --version)
 
-cmake --preset release -DSEALWRIGHT_TESTS=ON >/dev/null
 mkdir -p "$marks"
 rm -rf "${marks:?}"/*/
+cmake --preset release -B "$marks/database" -DSEALWRIGHT_TESTS=ON -DSEALWRIGHT_JOIN_TESTS=OFF >/dev/null
 # The commands of the units, each with the sources that it joins. Names that shadow others are the
 # compiler's to find: joined sources have more of them.
 jq --arg root "$PWD" --arg marks "$PWD/$marks" '
@@ -73,7 +72,7 @@ jq --arg root "$PWD" --arg marks "$PWD/$marks" '
   | group_by(.group)
   | map({directory: .[0].directory, file: ($marks + .[0].group + ".cpp"),
          command: (.[0].command | sub(" -c .*"; " -c ")), sources: map(.file)})' \
-  "$build/compile_commands.json" >"$marks/units.json"
+  "$marks/database/compile_commands.json" >"$marks/units.json"
 jq 'map({directory, command, file: (.file, .sources[])} | .command += .file)' \
   "$marks/units.json" >"$marks/compile_commands.json"
 jq -r '.[] | .file as $unit | .sources[] | $unit + " " + .' "$marks/units.json" >"$marks/units"

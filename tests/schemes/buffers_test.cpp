@@ -25,26 +25,25 @@ namespace {
 
 constexpr std::uint8_t stale = 0xEE;  // what a buffer holds before, to see what is left alone
 
-Bytes stale_bytes(std::size_t count) {
-  Bytes bytes(count, stale);
-  return bytes;
-}
-
 void make_all_stale() {
   const WritableBytes buffers[] = {
-      privateKey,     publicKey,      writable_view_of(sb20_Context),
-      sb20_eFuseData, sb10_eFuseData, writable_view_of(sb10_Context),
+      privateKey,
+      publicKey,
+      writable_view_of(sb20_Context),
+      writable_view_of(sb10_pubkey_file),
+      sb20_eFuseData,
+      sb10_eFuseData,
+      writable_view_of(sb10_Context),
+      writable_view_of(sb10_privkey_file),
   };
   for (const WritableBytes buffer : buffers) std::ranges::fill(buffer, stale);
-  std::ranges::fill(writable_view_of(sb10_pubkey_file), stale);
-  std::ranges::fill(writable_view_of(sb10_privkey_file), stale);
   privateKeyLen = publicKeyLen = sb20_eFuseDataLen = sb10_eFuseDataLen = stale;
 }
 
 /// The context that a generation leaves: the info alone is new.
 template <typename Context>
 Bytes context_around(const Bytes& info) {
-  Bytes context = stale_bytes(sizeof(Context));
+  Bytes context(sizeof(Context), stale);
   std::ranges::copy(info, context.begin() + offsetof(Context, publicKeyInfo));
   return context;
 }
@@ -84,15 +83,15 @@ TEST_F(Buffers, HoldANewKeyOfScheme20) {
 TEST_F(Buffers, HoldANewRootKeyOfScheme10) {
   ASSERT_EQ(sb10_Generate_KeyPair(root_key_mode, nullptr), ZEB_SUCCESS);
   const Bytes public_file = read_bytes("publicKeyInfo.dat");
-  EXPECT_EQ(bytes_of(publicKey), joined(public_file, stale_bytes(sizeof publicKey - 280)));
+  EXPECT_EQ(bytes_of(publicKey), joined(public_file, Bytes(sizeof publicKey - 280, stale)));
   EXPECT_EQ(publicKeyLen, 280U);
   EXPECT_EQ(bytes_of(privateKey), padded(read_bytes("privateKey.dat"), sizeof privateKey));
   EXPECT_EQ(privateKeyLen, 608U);
   EXPECT_EQ(bytes_of(sb10_Context), context_around<SB10_CONTEXT>(slice(public_file, 0, 152)));
   EXPECT_EQ(bytes_of(sb10_eFuseData), read_bytes("eFuseData.dat"));
   EXPECT_EQ(sb10_eFuseDataLen, 16U);
-  EXPECT_EQ(bytes_of(sb10_pubkey_file), stale_bytes(308));
-  EXPECT_EQ(bytes_of(sb10_privkey_file), stale_bytes(640));
+  EXPECT_EQ(bytes_of(sb10_pubkey_file), Bytes(308, stale));
+  EXPECT_EQ(bytes_of(sb10_privkey_file), Bytes(640, stale));
 }
 
 TEST_F(Buffers, HoldANewPairOfScheme10) {
@@ -103,7 +102,7 @@ TEST_F(Buffers, HoldANewPairOfScheme10) {
   const Bytes items = slice(decrypted(key_file_mode_sb10, private_file), 36, 604);
   EXPECT_EQ(bytes_of(privateKey), padded(items, sizeof privateKey));
   EXPECT_EQ(privateKeyLen, 604U);
-  EXPECT_EQ(bytes_of(publicKey), stale_bytes(sizeof publicKey));
+  EXPECT_EQ(bytes_of(publicKey), Bytes(sizeof publicKey, stale));
   auto info = sb10_Context.publicKeyInfo;
   EXPECT_EQ(bytes_of(sb10_Context), context_around<SB10_CONTEXT>(bytes_of(info)));
   EXPECT_EQ(bytes_of(info.key.n), bytes_of(sb10_pubkey_file.n.number));

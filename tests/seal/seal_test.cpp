@@ -89,8 +89,8 @@ TEST_P(Seal, WhatItMakesIsWhatTheMainProgramMakes) {
       std::filesystem::create_symlink(spk, "d/" + s.stage2_public);
     }
     std::filesystem::current_path("d");
-    const Bytes code = random_bytes(random, random() % 5000 / s.block * s.block);
-    const Bytes second = random_bytes(random, random() % 5000);
+    const Bytes code = random_bytes(random, (random() % 5000 / s.block + 1) * s.block);
+    const Bytes second = random_bytes(random, 1 + random() % 5000);
     write_bytes("BL1", code);
     write_bytes("BL2", second);
     const bool with_info = !s.is_v11() && random() % 2 == 0;
