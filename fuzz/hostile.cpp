@@ -13,10 +13,6 @@
 
 namespace {
 
-using sealwright::BootChain;
-using sealwright::describe_boot;
-using sealwright::FileSource;
-
 template <typename S>
 const Sealed<S> sealed;
 
@@ -130,6 +126,7 @@ void compare_files(Folder<S>& folder, const Folder<S>& before, std::size_t damag
 
 template <typename S>
 void inspect_files(const Choose& choose) {
+  using namespace sealwright;
   Folder<S> folder(S::length == 128 && choose(2) == 0);
   const Folder<S> before = folder;
   const Sealed<S>& good = sealed<S>;
@@ -193,17 +190,15 @@ void read_command_line(const Choose& choose) {
   }
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());
-  const sealwright::Options options = sealwright::read_options(arguments);
-  using sealwright::Verb;
-  const bool refused = options.request == sealwright::Request::refuse;
-  require(refused != options.complaint.empty(), "a reason for each refusal");
-  if (options.request != sealwright::Request::make) return;
+  using namespace sealwright;
+  const Options options = read_options(arguments);
+  require((options.request == Request::refuse) != options.complaint.empty(), "a reason");
+  if (options.request != Request::make) return;
   const bool images = options.verb == Verb::bl1 || options.verb == Verb::bl2;
   const std::size_t names = images || options.verb == Verb::export_key ? 2 : 1;
-  require(options.verb != Verb::none && options.names.size() == names, "a verb and its names");
-  require((!images || options.stage2_key != nullptr) &&
-              (options.verb != Verb::bl1 || options.root != nullptr),
-          "the keys of an image");
+  const bool keys = (!images || options.stage2_key != nullptr) &&
+                    (options.verb != Verb::bl1 || options.root != nullptr);
+  require(keys && options.verb != Verb::none && options.names.size() == names, "all it needs");
 }
 
 }  // namespace

@@ -9,8 +9,6 @@
 #include "crypto/sha1.h"
 #include "tests/support/openssl.h"
 
-using sealwright::length_of;
-
 namespace {
 
 struct alignas(4) Arena : std::array<std::uint8_t, 64> {

@@ -9,8 +9,6 @@
 
 #include "tests/support/keys.h"
 
-using sealwright::length_of;
-
 static const Bytes frozen_usage = some_bytes(sizeof(rusage));
 
 // The linker gives the library these in place of the real ones, so that tests know what it stirs

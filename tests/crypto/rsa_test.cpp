@@ -5,10 +5,6 @@
 #include "crypto/bn_mod.h"
 #include "tests/support/keys.h"
 
-using sealwright::length_of;
-using sealwright::load_le32;
-using sealwright::store_le32;
-
 namespace {
 
 /// For the 1024-bit key (e 65537) and the 2048-bit key (e 3).

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
@@ -9,6 +9,8 @@
 
 #include "scheme/private_key_file.h"
 #include "tests/support/keys.h"
+
+using testing::HasSubstr;
 
 // The two schemes as a user meets them, and runs of the real programs in a directory of their own.
 

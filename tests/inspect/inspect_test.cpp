@@ -9,8 +9,6 @@ namespace {
 
 using sealwright::to_hex;
 using sealwright::to_public_key;
-using sealwright::writable_view_of;
-using testing::HasSubstr;
 
 class Inspect : public EndToEnd {
  protected:

@@ -2,8 +2,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 /// A row of relations.txt.
 struct Row {
   std::string file, kind, sound, relations;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include "artefact/boot_check.h"
 #include "inspect/boot.h"
 #include "inspect/describe.h"

@@ -6,8 +6,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 RUN_FOR_BOTH_SCHEMES(Outside);
 
 TEST_P(Outside, ChainsBootHoweverTheyAreSigned) {

@@ -22,8 +22,6 @@
 #include "seal/verbs.h"
 #include "tests/support/bytes.h"
 
-using sealwright::length_of;
-
 extern char __data_start, _end;  // NOLINT: the linker's bounds of the static data
 
 namespace {

@@ -17,10 +17,6 @@
 #include "scheme/status.h"
 #include "tests/support/bytes.h"
 
-using sealwright::length_of;
-using sealwright::view_of;
-using sealwright::writable_view_of;
-
 namespace {
 
 constexpr std::uint8_t stale = 0xEE;  // what a buffer holds before, to see what is left alone

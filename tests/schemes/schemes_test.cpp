@@ -17,8 +17,6 @@
 #include "util/dump.h"
 #include "util/file.h"
 
-using sealwright::length_of;
-
 // What the commands never ask of scheme and util: functions under arguments of any kind, and those
 // that no command calls.
 

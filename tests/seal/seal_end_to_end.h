@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include "tests/e2e/end_to_end.h"
 
 /// Keys and images of one scheme in a fresh folder, and runs of the companion that seals.

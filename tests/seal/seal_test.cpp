@@ -6,7 +6,6 @@
 namespace {
 
 using sealwright::to_hex;
-using testing::HasSubstr;
 
 /// The files of another device lie in "other", those of the other scheme in "alien".
 class Seal : public SealEndToEnd {

@@ -17,9 +17,11 @@
 
 #include "base/bytes.h"
 
+using sealwright::length_of;
 using sealwright::load_le32;
 using sealwright::store_le32;
 using sealwright::view_of;
+using sealwright::writable_view_of;
 
 // Bytes and files of a test, ways to damage them, and the reader of the vectors.
 

@@ -5,8 +5,6 @@
 #include "crypto/rsa.h"
 #include "tests/support/openssl.h"
 
-using sealwright::length_of;
-
 // RSA keys of tests, by OpenSSL's arithmetic, and the generator in a known state.
 
 /// n, e, d, p, q, dP, dQ, qInv.

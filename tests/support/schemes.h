@@ -6,8 +6,6 @@
 #include "sb20/public_key_info.h"
 #include "tests/support/keys.h"
 
-using sealwright::length_of;
-
 // The functions of both schemes under the same names, and an image sealed by them.
 
 struct V11 {
