@@ -83,6 +83,7 @@ TEST_P(Boot, TellsWhetherADeviceBoots) {
   EXPECT_EQ(verdicts(other, bl1, bl2), no_fuses);
   EXPECT_EQ(verdicts(joined(efuse, Bytes(1)), bl1, bl2), no_fuses);
   EXPECT_EQ(verdicts(efuse, slice(bl1, 0, bl1.size() - 1), bl2), "");
+  EXPECT_EQ(verdicts(efuse, slice(bl1, context, s.context_length), bl2), no_bl1);
   Bytes swapped = bl1;  // to a stage-2 key that the root key has not vouched for
   const Bytes foreign = slice(device(1).at("sealed1"), context, s.key_length());
   std::ranges::copy(foreign, &swapped[context]);

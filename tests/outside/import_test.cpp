@@ -11,7 +11,6 @@
 
 namespace {
 
-using sealwright::ImportedKey;
 using sealwright::to_hex;
 
 /// The four forms in which OpenSSL writes a key.
@@ -50,14 +49,14 @@ TEST(PublicKeyImport, TakesWhatOpensslWritesAndNothingThatItReadsInAnotherWay) {
     const Owned<RSA> rsa = make_rsa(key[0], key[1]);
     const std::vector<Bytes> forms = forms_of(rsa.get());
     for (const Bytes& form : forms) {
-      const ImportedKey imported = import_public_key(form, scheme);
+      const auto imported = import_public_key(form, scheme);
       ASSERT_TRUE(imported.key) << imported.refusal;
       EXPECT_EQ(key_sha1(*imported.key), openssl_sha1(forms[2]));
       EXPECT_FALSE(import_public_key(form, scheme == sb10 ? sb20 : sb10).key);
       for (int round = 0; round < 2000; ++round) {
         Bytes damaged = form;
         damage(damaged, [&](std::size_t below) { return engine() % below; });
-        const ImportedKey result = import_public_key(damaged, scheme);
+        const auto result = import_public_key(damaged, scheme);
         ASSERT_NE(result.key.has_value(), !result.refusal.empty());
         if (!result.key || &form < &forms[2]) continue;
         ++taken;
