@@ -50,7 +50,7 @@ say "Building the tool in build/release"
   if [[ ! -f build/release/build.ninja ]]; then
     cmake --preset release -DSEALWRIGHT_TESTS=OFF
   fi
-  cmake --build --preset release --target sealwright_main sealwright_client \
+  build_alone release cmake --build --preset release --target sealwright_main sealwright_client \
     sealwright_inspect_main sealwright_seal_main
 )
 export PATH="$root/build/release/front:$root/build/release/inspect:$root/build/release/seal:$PATH"

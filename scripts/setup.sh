@@ -9,6 +9,7 @@
 #   need_package_tools  what makes, checks and installs Debian packages
 #   install_fuzz_tools  installs clang with its fuzzer
 #   install_missing     installs what was noted and checks that it is there now
+#   build_alone         runs a command that builds while no other does
 #   say, fail           messages
 
 readonly cmake_at_least=3.25
@@ -46,6 +47,9 @@ size_of_installation() {
 
 # Compiles and links standard input; the arguments are options.
 compiles() { "${CXX:-c++}" -std=c++20 -x c++ - -o /dev/null "$@" 2>/dev/null; }
+
+# build_alone VARIANT COMMAND...: runs a command while no other script builds in build/VARIANT.
+build_alone() { mkdir -p build && flock "build/$1.lock" "${@:2}"; }
 
 has_command() { command -v "$1" >/dev/null; }
 

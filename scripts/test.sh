@@ -16,8 +16,8 @@ if [[ -n ${CI:-} ]]; then warnings_are_errors=ON; fi
 failed=()
 for variant in release sanitize; do
   say "Building the $variant variant in build/$variant"
-  cmake --preset "$variant" -DSEALWRIGHT_TESTS=ON -DSEALWRIGHT_WERROR="$warnings_are_errors"
-  cmake --build --preset "$variant" -j "$(nproc)"
+  build_alone "$variant" cmake --preset "$variant" -DSEALWRIGHT_TESTS=ON -DSEALWRIGHT_WERROR="$warnings_are_errors"
+  build_alone "$variant" cmake --build --preset "$variant" -j "$(nproc)"
   say "Running the suite in the $variant variant"
   ctest --preset "$variant" --output-on-failure --no-tests=error -j2 || failed+=("$variant")
 done

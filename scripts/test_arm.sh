@@ -90,8 +90,8 @@ tail -q -n 1 "$build"/unit_{processor,portable}.out
 # --- The road. Keys made on one machine seal and sign on the other, and the first checks.
 
 say "Building the end-to-end tests for this machine"
-cmake --preset release -D SEALWRIGHT_TESTS=ON
-cmake --build --preset release -j "$(nproc)" --target e2e_tests sealwright_main sealwright_client
+build_alone release cmake --preset release -D SEALWRIGHT_TESTS=ON
+build_alone release cmake --build --preset release -j "$(nproc)" --target e2e_tests sealwright_main sealwright_client
 
 # take_turns PROGRAM KEYS_ON IMAGES_ON: writes a program that has PROGRAM make keys and check on one
 # machine and make images on the other.

@@ -21,7 +21,7 @@ make_all() {
     cd "$1"
     if [[ ! -f build/release/build.ninja ]]; then cmake --preset release -DSEALWRIGHT_TESTS=OFF; fi
     rm -f build/release/*.deb build/release/*.tar.gz
-    cmake --build --preset release --target package bundle -j "$(nproc)"
+    build_alone release cmake --build --preset release --target package bundle -j "$(nproc)"
   ) >"$work/log" 2>&1 || { cat "$work/log"; fail "no packages in $1"; }
   made=("$1"/build/release/sealwright-client*.{deb,tar.gz} "$1"/build/release/sealwright_*.deb)
 }
