@@ -54,8 +54,10 @@ cmake -S . -B "$build" -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR
   -D OPENSSL_USE_STATIC_LIBS=ON -D CMAKE_UNITY_BUILD=ON "${only[@]}"
 cmake --build "$build" -j "$(nproc)" --target unit_tests safety_tests sealwright_main sealwright_client
 
+# Nobody runs it here: what counts is that it compiles without warnings.
 say "Building the 32-bit variant in build/i686"
 cmake -S . -B build/i686 -G Ninja -D CMAKE_BUILD_TYPE=Release -D SEALWRIGHT_WERROR=ON \
+  -D CMAKE_CXX_FLAGS_RELEASE=-O1 \
   -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=i686 \
   -D CMAKE_CXX_COMPILER=i686-linux-gnu-g++ -D SEALWRIGHT_TESTS=OFF -D CMAKE_UNITY_BUILD=ON
 cmake --build build/i686 -j "$(nproc)"
