@@ -82,8 +82,8 @@ while read -r unit source; do
 done <"$marks/units"
 cp .clang-tidy "$marks/"
 cp tests/.clang-tidy "$marks/tests/"
-# The tests, which take longest, come first, and nothing but the units of them. Two at once would both mend
-# a header that they share.
+# The units, which take longest, come first; tests are judged in their units alone. Two at once would both
+# mend a header that they share.
 mapfile -t to_judge < <(
   cut -d ' ' -f 1 "$marks/units" | sort -u -r
   cut -d ' ' -f 2 "$marks/units" | grep -v -F "$PWD/tests/"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release and the sanitizer variant and runs the whole test suite in both.
+# Builds the release and the sanitizer variant and runs the tests of both; those of the documents and of
+# the build rules for other projects belong to the release variant alone.
 # Installs what is missing first. Ends with a status other than 0 when anything fails.
 # Where CI is set, compiler warnings are errors.
 set -euo pipefail
