@@ -137,12 +137,12 @@ void invert_schedule(const AesKeySchedule& enc, AesKeySchedule& dec) {
 
 }  // namespace
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the interface gives this name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the interface gives this name
 std::uint8_t _ff_mult(std::uint8_t a, std::uint8_t b) {
   return multiply(a, b);
 }
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the interface gives this name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the interface gives this name
 Status _AES_KeySchedule(const std::uint8_t* key, std::uint32_t keyLen, AesKeySchedule* encSchedule,
                         AesKeySchedule* decSchedule) {
   if (key == nullptr || encSchedule == nullptr) return ZEB_ERR_NULL_POINTER;

@@ -17,13 +17,13 @@ struct AesKeySchedule {
 static_assert(sizeof(AesKeySchedule) == 260);
 
 /// Product in GF(2^8) modulo x^8 + x^4 + x^3 + x + 1.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the interface gives this name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the interface gives this name
 std::uint8_t _ff_mult(std::uint8_t a, std::uint8_t b);
 
 /// Expands a key of `keyLen` bytes. `decSchedule`, which may be null when only encryption is
 /// wanted, receives the round keys of the equivalent inverse cipher (FIPS 197, 5.3.5).
 /// @return 0; ZEB_ERR_NULL_POINTER; ZEB_ERR_KEY_LENGTH when keyLen is not 16, 24 or 32.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the interface gives this name
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the interface gives this name
 Status _AES_KeySchedule(const std::uint8_t* key, std::uint32_t keyLen, AesKeySchedule* encSchedule,
                         AesKeySchedule* decSchedule);
 

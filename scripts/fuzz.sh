@@ -24,7 +24,7 @@ export CXX=clang++
 
 say "Building the harness in $build"
 cmake --preset fuzz
-cmake --build --preset fuzz -j "$(nproc)"
+cmake --build --preset fuzz -j "$(nproc)" --target hostile
 mkdir -p "$build/findings" "$build/corpus"
 
 say "Running it for $seconds seconds"

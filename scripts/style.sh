@@ -37,10 +37,10 @@ else
   failed+=(clang-format)
 fi
 
-# --- Findings. The sources of a target that lie in one folder are joined to one unit, since the standard
-# library and GoogleTest take most of the time of each. It is judged by the rules that hold where they lie,
-# of which copies stand beside it. The analyzer follows only what a source itself defines, so it has them
-# one by one. What each is judged by goes into the name of its mark.
+# --- Findings. The sources of a wing or of a test program are joined to one unit, since the standard library
+# and GoogleTest take most of the time of each. It is judged by the rules that hold where they lie, of which
+# copies stand beside it. The analyzer follows only what a source itself defines, so it has them one by one.
+# What each is judged by goes into the name of its mark.
 
 tidy() {
   local source=$1 mark checks='-*,clang-analyzer-*'
@@ -67,7 +67,7 @@ cmake --preset release -B "$marks/database" -DSEALWRIGHT_TESTS=ON -DSEALWRIGHT_J
 # compiler's to find: joined sources have more of them.
 jq --arg root "$PWD" --arg marks "$PWD/$marks" '
   map(.command |= gsub(" -Werror| -Wshadow"; "")
-    | .group = (.file | ltrimstr($root) | sub("[^/]*$"; "")) +
+    | .group = (.file | ltrimstr($root) | sub("^/tests/.*"; "/tests/") | sub("[^/]*$"; "")) +
                (.command | capture("CMakeFiles/(?<target>[^/]+)\\.dir/").target))
   | group_by(.group)
   | map({directory: .[0].directory, file: ($marks + .[0].group + ".cpp"),

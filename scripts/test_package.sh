@@ -15,11 +15,15 @@ install_missing
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# Whether sources are joined, here and so there as well.
+joined=$(sed -n 's/^CMAKE_UNITY_BUILD:.*=//p' build/release/CMakeCache.txt 2>/dev/null || true)
 # make_all FOLDER: sets made to what was built there: client package, archive, package.
 make_all() {
   (
     cd "$1"
-    if [[ ! -f build/release/build.ninja ]]; then cmake --preset release -DSEALWRIGHT_TESTS=OFF; fi
+    if [[ ! -f build/release/build.ninja ]]; then
+      cmake --preset release -DSEALWRIGHT_TESTS=OFF -DCMAKE_UNITY_BUILD="${joined:-OFF}"
+    fi
     rm -f build/release/*.deb build/release/*.tar.gz
     build_alone release cmake --build --preset release --target package bundle -j "$(nproc)"
   ) >"$work/log" 2>&1 || { cat "$work/log"; fail "no packages in $1"; }
@@ -107,7 +111,7 @@ done
 for page in docs/*.1; do
   [[ -s $root/usr/share/man/man1/${page##*/}.gz ]] || fail "not in the packages: $page"
 done
-scripts/test_recipes.sh "$root/usr/bin" >"$work/log" || { cat "$work/log"; fail "the documents do not hold as installed"; }
+scripts/test_recipes.sh --one-way "$root/usr/bin" >"$work/log" || { cat "$work/log"; fail "the documents do not hold as installed"; }
 say "All documents hold with both packages installed"
 
 if package_tool --remove sealwright-client; then fail "sealwright stays without sealwright-client"; fi

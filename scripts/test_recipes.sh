@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Usage: scripts/test_recipes.sh [FOLDER OF A PROGRAM...]     (default: the release build's)
+# Usage: scripts/test_recipes.sh [--one-way] [FOLDER OF A PROGRAM...]     (default: the release build's)
 #
 # Runs what the documents tell a reader to type, exactly as printed, and the examples of the manual
 # pages. A block of a document is run when a comment stands before it:
@@ -14,10 +14,12 @@
 #
 # A block of commands ends with the status of its commands. It is run three times: as it stands, as the
 # condition of an "if", and between two "||", where bash ignores "set -e"; all three must accept and
-# refuse alike. In a block with "$ " prompts, the lines after a command must be in what it prints,
+# refuse alike. With --one-way it is run as it stands alone. In a block with "$ " prompts, the lines after a command must be in what it prints,
 # whatever times and fingerprints they have.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+all_ways=(if or line)
+if [[ ${1:-} == --one-way ]]; then all_ways=(line) && shift; fi
 if (($# == 0)); then set -- "$root"/build/release/{front,inspect,seal}; fi
 for folder in "$@"; do
   folder=$(cd "$folder" && pwd)
@@ -136,7 +138,7 @@ for document in "$root"/README.md "$root"/docs/*.md; do
       before_all=$block
       continue
     fi
-    ways=(if or line)
+    ways=("${all_ways[@]}")
     if [[ -e ${marker_file%.marker}.prompts || $marker == *' file '* ]]; then ways=(line); fi
     if [[ $marker == *'run on'* ]]; then cp -a room start; else cp -a fresh start; fi
     read -r -a changes < <(sed -n 's/.*refuse \(.*\) -->/\1/p' "$marker_file") || true

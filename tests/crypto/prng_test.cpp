@@ -13,11 +13,11 @@ static const Bytes frozen_usage = some_bytes(sizeof(rusage));
 
 // The linker gives the library these in place of the real ones, so that tests know what it stirs
 // in.
-extern "C" int __wrap_gettimeofday(timeval* time, void* /*zone*/) {
+extern "C" int __wrap_gettimeofday(timeval* time, void* /*zone*/) {  // NOLINT: named by the linker
   *time = {0x01020304, 0x00050607};
   return 0;
 }
-extern "C" int __wrap_getrusage(int /*who*/, rusage* usage) {
+extern "C" int __wrap_getrusage(int /*who*/, rusage* usage) {  // NOLINT: named by the linker
   std::memcpy(usage, frozen_usage.data(), sizeof *usage);
   return 0;
 }

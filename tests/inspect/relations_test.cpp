@@ -3,10 +3,10 @@
 namespace {
 
 /// A row of relations.txt.
-struct Row {
+struct FileRow {
   std::string file, kind, sound, relations;
 };
-using Block = std::vector<Row>;
+using Block = std::vector<FileRow>;
 
 std::vector<Block> read_blocks() {
   std::vector<Block> blocks(1);
@@ -15,7 +15,7 @@ std::vector<Block> read_blocks() {
     if (line.empty()) blocks.emplace_back();
     if (line.empty() || line[0] == '#') continue;
     std::istringstream words(line);
-    Row& row = blocks.back().emplace_back();
+    FileRow& row = blocks.back().emplace_back();
     words >> row.file >> row.kind >> row.sound;
     std::getline(words >> std::ws, row.relations);
   }
@@ -77,7 +77,7 @@ RUN_FOR_BOTH_SCHEMES(Relations);
 TEST_P(Relations, AreSaidInWordsAndJson) {
   for (const Block& block : read_blocks()) {
     NamedBytes files;
-    for (const Row& row : block) files.emplace_back(row.file, make(row.file));
+    for (const FileRow& row : block) files.emplace_back(row.file, make(row.file));
     const auto reports = describe_all(files);
     for (std::size_t i = 0; i < block.size(); ++i) {
       const auto& [file, kind, sound, relations] = block[i];
