@@ -11,8 +11,7 @@
 
 static const Bytes frozen_usage = some_bytes(sizeof(rusage));
 
-// The linker gives the library these in place of the real ones, so that tests know what it stirs
-// in.
+// The linker gives the library these for the real ones, so that tests know what it stirs in.
 extern "C" int __wrap_gettimeofday(timeval* time, void* /*zone*/) {  // NOLINT: named by the linker
   *time = {0x01020304, 0x00050607};
   return 0;

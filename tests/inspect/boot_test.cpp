@@ -96,7 +96,7 @@ TEST_P(Boot, TellsWhetherADeviceBoots) {
 }
 
 TEST_P(Boot, ShowsTheCodeOfALongImage) {
-  for (const std::size_t length : {16384U, 32768U + 16U, 100000U}) {
+  for (const std::size_t length : {16384U, 32768U + 16U, 300000U}) {
     write_bytes("BL1.bin", some_bytes(length));
     ASSERT_EQ(run(full_tool + " " + s.option + " " + seal1).status, 0);
     EXPECT_THAT(boot_json(read_bytes(s.efuse), read_bytes("out")),
